@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: Apache-2.0
+# How everything of ours is compiled: warnings, sanitizers, coverage.
+
+option(VORLAN_WARNINGS_AS_ERRORS "Stop at warnings; for working on the library, not for installing it" OFF)
+option(VORLAN_COVERAGE "Measure which lines the tests reach" OFF)
+set(VORLAN_SANITIZE "" CACHE STRING "Sanitizers to build everything with: address,undefined or thread")
+
+if(VORLAN_SANITIZE)
+    # Everything that ends up in one process must agree on these, so they are not left to single targets.
+    add_compile_options(-fsanitize=${VORLAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VORLAN_SANITIZE})
+endif()
+if(VORLAN_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()
+
+function(vorlan_set_compile_options target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+        -Wextra-semi -Wunused -Wformat=2 -Wimplicit-fallthrough)
+    if(VORLAN_WARNINGS_AS_ERRORS)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${target} PRIVATE -Wduplicated-cond -Wduplicated-branches -Wlogical-op)
+        # Version 12 sees overlapping copies in std::string's own code when it optimises.
+        target_compile_options(${target} PRIVATE -Wno-restrict)
+        if(VORLAN_SANITIZE)
+            # The instrumented code hides initialisations from the analysis behind this warning.
+            target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+        endif()
+    else()
+        target_compile_options(${target} PRIVATE -Wthread-safety)
+    endif()
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        POSITION_INDEPENDENT_CODE ON)
+endfunction()
