@@ -56,6 +56,8 @@ std::string describe(const T& value) {
     } else if constexpr (SelfDescribing<T>) {
         return detail::repairedText(value.description());
     } else if constexpr (std::convertible_to<const T&, std::string_view>) {
+        if constexpr (std::is_pointer_v<T>)
+            if (value == nullptr) return "nil";
         return detail::repairedText(value);
     } else if constexpr (std::floating_point<T>) {
         return detail::describeNumber(value);

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <VorlanFoundation/Platform/TimerSource.h>
+
+#include "tests/support/Inbox.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <latch>
+#include <memory>
+#include <optional>
+#include <thread>
+#include <vector>
+
+using namespace vorlan;
+using namespace std::chrono_literals;
+using support::Inbox;
+
+TEST(TimerSource, FiresFirstAtTheDeadlineAndThenAtTheIntervalNeverEarly) {
+    const Queue queue("timers");
+    Inbox<DispatchTime> events;
+    TimerSource timer(queue);
+    timer.setEventHandler([&] { events.put(queue.now()); });
+    const auto start = queue.now();
+    timer.schedule({.deadline = start + 30ms, .repeating = 20ms});
+    timer.resume();
+    for (int i = 0; i < 4; ++i) {
+        const auto event = events.take();
+        ASSERT_TRUE(event);
+        EXPECT_GE(*event, start + 30ms + std::chrono::milliseconds(20 * i));
+    }
+}
+
+TEST(TimerSource, IsMadeSuspended) {
+    const Queue queue("timers");
+    Inbox<int> events;
+    TimerSource timer(queue);
+    timer.setEventHandler([&] { events.put(1); });
+    timer.schedule({.deadline = queue.now()});
+    TimerSource other(queue);
+    other.setEventHandler([&] { events.put(2); });
+    other.schedule({.deadline = queue.now() + 20ms});
+    other.resume();
+    EXPECT_EQ(events.take(), 2);
+    timer.resume();
+    EXPECT_EQ(events.take(), 1);
+}
+
+TEST(TimerSource, FiresOnceWithoutAnInterval) {
+    const Queue queue("timers");
+    Inbox<int> events;
+    TimerSource once(queue);
+    once.setEventHandler([&] { events.put(1); });
+    once.schedule({.deadline = queue.now()});
+    once.resume();
+    TimerSource later(queue);
+    later.setEventHandler([&] { events.put(2); });
+    later.schedule({.deadline = queue.now() + 50ms});
+    later.resume();
+    EXPECT_EQ(events.take(), 1);
+    EXPECT_EQ(events.take(), 2);
+}
+
+TEST(TimerSource, EventsAreJoinedWhileSuspended) {
+    const Queue queue("timers");
+    Inbox<DispatchTime> events;
+    TimerSource timer(queue);
+    timer.setEventHandler([&] { events.put(queue.now()); });
+    timer.schedule({.deadline = queue.now(), .repeating = 1ms});
+    timer.resume();
+    ASSERT_TRUE(events.take());
+    timer.suspend();
+    timer.suspend();
+    queue.sync([] {});
+    const auto countWhenSuspended = events.count();
+    Inbox<int> passed;
+    queue.asyncAfter(30ms, [&] { passed.put(1); });
+    ASSERT_TRUE(passed.take());
+    EXPECT_EQ(events.count(), countWhenSuspended);
+    timer.resume();
+    queue.asyncAfter(10ms, [&] { passed.put(2); });
+    ASSERT_TRUE(passed.take());
+    EXPECT_EQ(events.count(), countWhenSuspended);
+    // One event for the thirty that were missed, and then the grid goes on.
+    const auto resumed = queue.now();
+    timer.resume();
+    while (events.count() < countWhenSuspended + 3) ASSERT_TRUE(events.take());
+    EXPECT_GE(queue.now(), resumed + 1ms);
+}
+
+TEST(TimerSource, NoEventBeginsAfterCancellingOnTheTimersSerialQueue) {
+    const Queue queue("timers");
+    for (int round = 0; round < 200; ++round) {
+        std::atomic<bool> isCancelled = false;
+        std::atomic<int> late = 0;
+        Inbox<int> events;
+        TimerSource timer(queue);
+        timer.setEventHandler([&] {
+            late += isCancelled ? 1 : 0;
+            events.put(1);
+        });
+        timer.schedule({.deadline = queue.now(), .repeating = 1us});
+        timer.resume();
+        ASSERT_TRUE(events.take());
+        queue.sync([&] {
+            timer.cancel();
+            isCancelled = true;
+        });
+        EXPECT_TRUE(timer.isCancelled());
+        queue.sync([] {});
+        EXPECT_EQ(late, 0);
+    }
+}
+
+TEST(TimerSource, CallsAfterCancelDoNothing) {
+    const Queue queue("timers");
+    TimerSource timer(queue);
+    timer.cancel();
+    timer.cancel();
+    timer.setEventHandler([] {});
+    timer.schedule({.deadline = queue.now()});
+    timer.resume();
+    timer.resume();
+    timer.suspend();
+    EXPECT_TRUE(timer.isCancelled());
+}
+
+TEST(TimerSource, HandlerMayReplaceItselfAndDestroyTheTimer) {
+    const Queue queue("timers");
+    Inbox<int> events;
+    auto timer = std::make_shared<std::optional<TimerSource>>(std::in_place, queue);
+    (*timer)->setEventHandler([&events, timer] {
+        events.put(1);
+        (*timer)->setEventHandler([&events, timer] {
+            events.put(2);
+            timer->reset();
+        });
+    });
+    (*timer)->schedule({.deadline = queue.now(), .repeating = 1ms});
+    (*timer)->resume();
+    EXPECT_EQ(events.take(), 1);
+    EXPECT_EQ(events.take(), 2);
+    const std::weak_ptr<std::optional<TimerSource>> watched = timer;
+    timer.reset();
+    while (!watched.expired()) queue.sync([] {});
+    EXPECT_EQ(events.count(), 0U);
+}
+
+TEST(TimerSource, HandlerIsDroppedWithTheTimerInWhateverStateItIs) {
+    const Queue queue("timers");
+    auto captured = std::make_shared<int>();
+    for (int i = 0; i < 2000; ++i) {
+        TimerSource timer(queue);
+        timer.setEventHandler([captured] {});
+        if (i % 2 == 0) timer.schedule({.deadline = queue.now() + 1ms, .repeating = 1ms});
+        if (i % 3 == 0) timer.resume();
+        if (i % 6 == 0) timer.suspend();
+        if (i % 5 == 0) timer.cancel();
+    }
+    const auto deadline = queue.now() + 10s;
+    while (captured.use_count() > 1 && queue.now() < deadline) queue.sync([] {});
+    EXPECT_EQ(captured.use_count(), 1);
+}
+
+TEST(TimerSource, KeepsItsQueueAlive) {
+    Inbox<int> events;
+    auto timer = [&] {
+        const Queue queue("fleeting");
+        TimerSource made(queue);
+        made.setEventHandler([&] { events.put(1); });
+        made.schedule({.deadline = queue.now()});
+        return made;
+    }();
+    timer.resume();
+    EXPECT_EQ(events.take(), 1);
+}
+
+TEST(TimerSource, TimersMayBeMadeAndDroppedFromManyThreads) {
+    std::atomic<int> events = 0;
+    const Queue queue("timers", Queue::concurrent);
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 200; ++i) {
+                TimerSource timer(i % 2 == 0 ? queue : Queue::global());
+                timer.setEventHandler([&events] { ++events; });
+                timer.schedule({.deadline = queue.now(), .repeating = 10us});
+                timer.resume();
+                if (i % 4 == 0) timer.suspend();
+            }
+        });
+    threads.clear();
+    // The events that were running when their timers went end before the counter does.
+    queue.barrierSync([] {});
+    std::latch drained(1);
+    Queue::global().asyncAfter(50ms, [&] { drained.count_down(); });
+    drained.wait();
+}
