@@ -56,8 +56,7 @@ void deleteState(void* context) {
     delete static_cast<QueueState*>(context);
 }
 
-// The whole life of an asynchronous block on its thread. The queue's state is touched last: the engine keeps
-// its queue until the block has ended.
+// The whole life of an asynchronous block on its thread.
 template <BlockKind kind>
 void runAsynchronous(void* context) {
     sanitizer::acquire(context);
@@ -69,7 +68,6 @@ void runAsynchronous(void* context) {
         runOrStop(queue, [](void* work) { Work(static_cast<detail::WorkNode*>(work))(); }, node);
     }
     queue.leave(kind);
-    sanitizer::release(&queue);
 }
 
 void* prepare(Work& work, QueueState& queue) {

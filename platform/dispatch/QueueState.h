@@ -43,12 +43,16 @@ struct QueueState {
 #endif
     }
 
-    /// States that what the ending block did is visible to later ones.
+    /// States that what the ending block did is visible to later ones, and to the end of the queue. The last look at
+    /// the state: the engine keeps its queue, and with it the state, no longer than until the block has ended.
     void leave(BlockKind block) {
 #if defined(VORLAN_THREAD_SANITIZER)
-        for (auto* queue = this; queue != nullptr; queue = queue->target, block = BlockKind::ordinary) {
-            if (queue->kind == Kind::global) continue;
-            sanitizer::release(queue->isExclusive(block) ? &queue->exclusiveTag : &queue->readersTag);
+        for (auto *queue = this, *next = target; queue != nullptr;
+             queue = next, block = BlockKind::ordinary) {
+            next = queue->target;
+            if (queue->kind != Kind::global)
+                sanitizer::release(queue->isExclusive(block) ? &queue->exclusiveTag : &queue->readersTag);
+            sanitizer::release(queue);
         }
 #else
         static_cast<void>(block);

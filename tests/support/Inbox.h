@@ -17,11 +17,10 @@ namespace support {
 template <class Value>
 class Inbox {
 public:
+    /// Wakes the taker while the lock is held: it may destroy the inbox as soon as it has the value.
     void put(Value value) {
-        {
-            const std::lock_guard lock(mutex_);
-            values_.push_back(std::move(value));
-        }
+        const std::lock_guard lock(mutex_);
+        values_.push_back(std::move(value));
         arrived_.notify_all();
     }
 
