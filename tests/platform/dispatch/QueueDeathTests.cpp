@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Platform/Queue.h>
+
+#include "tests/support/WorkerThreads.h"
+
 #include <VorlanFoundation/Testing.h>
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <stdexcept>
 
 using namespace vorlan;
@@ -19,23 +21,12 @@ Queue targeting(const char* label, const Queue& target, Queue::Attribute attribu
     return Queue(label, attribute, QualityOfService::unspecified, AutoreleaseFrequency::inherit, target);
 }
 
-// Leaves worker threads behind, as nearly every process has when something goes wrong in it.
-void useWorkerThreads() {
-    std::latch done(4);
-    for (int i = 0; i < 4; ++i) Queue::global().async([&] { done.count_down(); });
-    done.wait();
-}
-
 class QueueDeathTest : public ::testing::TestWithParam<bool> {
 protected:
     void SetUp() override {
-        if (GetParam()) useWorkerThreads();
+        if (GetParam()) support::useWorkerThreads();
     }
 };
-
-void waitForEver() {
-    std::latch(1).wait();
-}
 
 } // namespace
 
@@ -47,14 +38,14 @@ TEST_P(QueueDeathTest, ExceptionOfAsynchronousWorkStopsTheProcessWithItsText) {
     EXPECT_DEATH(
         {
             Queue("com.example.thrower").async([] { throw std::runtime_error("disk on fire"); });
-            waitForEver();
+            support::waitForEver();
         },
         "VorlanFoundation/Queue: Fatal error: an exception left a block on queue 'com.example.thrower': disk "
         "on fire");
     EXPECT_DEATH(
         {
             Queue::global().async([] { throw 5; });
-            waitForEver();
+            support::waitForEver();
         },
         "an exception left a block on queue '.*': not a std::exception");
 }
@@ -65,7 +56,7 @@ TEST_P(QueueDeathTest, WaitingForTheOwnSerialQueueStopsTheProcess) {
     EXPECT_DEATH(
         {
             queue.async([&] { queue.sync([] {}); });
-            waitForEver();
+            support::waitForEver();
         },
         deadlock);
 }
