@@ -45,7 +45,7 @@ public:
 // What an observer refers to: something that it does not keep alive.
 struct Owner {
     ~Owner() { value = -1; }
-    int value = 0;
+    std::atomic<int> value = 0;
 };
 
 struct OwnedObserver : Observer {
