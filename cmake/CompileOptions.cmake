@@ -19,7 +19,9 @@ function(vorlan_set_compile_options target)
     target_compile_features(${target} PUBLIC cxx_std_20)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
-        -Wextra-semi -Wunused -Wformat=2 -Wimplicit-fallthrough)
+        -Wextra-semi -Wunused -Wformat=2 -Wimplicit-fallthrough
+        # What is not named in a designated initialiser is left at its default, and that is the point of it.
+        -Wno-missing-field-initializers)
     if(VORLAN_WARNINGS_AS_ERRORS)
         target_compile_options(${target} PRIVATE -Werror)
     endif()

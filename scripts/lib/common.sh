@@ -11,15 +11,17 @@ fail() {
     exit 1
 }
 
-# Prints the names in a list of packages, without its comments.
+# Prints the names in a list of packages, without its comments. A name may be followed by others that serve as well,
+# as in a|b: the first is installed where none of them is.
 packageList() { sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$root/scripts/packages/$1.txt"; }
 
 # Prints those of the named packages that are not installed. Asks only the local package database.
 missingPackages() {
-    local installed name
-    installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "$@" 2>/dev/null || true)
+    local installed name every
+    IFS='|' read -r -a every <<<"$(IFS='|' && printf '%s' "$*")"
+    installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${every[@]}" 2>/dev/null || true)
     for name in "$@"; do
-        grep -qx -- "$name installed" <<<"$installed" || printf '%s\n' "$name"
+        grep -qxE -- "(${name//[.+]/.}) installed" <<<"$installed" || printf '%s\n' "${name%%|*}"
     done
 }
 

@@ -60,7 +60,7 @@ downloadFrom() {
     apt-get update -q -o APT::Update::Error-Mode=any "${options[@]}" </dev/null >&2 || return 1
     record=$(apt-cache "${options[@]}" showsrc --only-source swiftlang | sed '/^$/,$d') || return 1
     path=$(sed -nE 's/^Directory: //p' <<<"$record")
-    read -r digest _ name < <(sed -nE 's/^ ([0-9a-f]{64}) ([0-9]+) (.*\.orig\.tar\.xz)$/\1 \2 \3/p' <<<"$record") || return 1
+    read -r digest name < <(sed -nE 's/^ ([0-9a-f]{64}) [0-9]+ (.*\.orig\.tar\.xz)$/\1 \2/p' <<<"$record") || return 1
     say "downloading $name (some 220 MB, of which 1 MB is kept)"
     /usr/lib/apt/apt-helper "${options[@]}" download-file "$uri/$path/$name" "$folder/archive.tar.xz" \
         "SHA256:$digest" >&2
@@ -109,21 +109,41 @@ installDispatch() {
     findDispatch && return 0
     mkdir -p "$root/.deps" "$dispatchCache"
     exec {treeLock}>"$root/.deps/lock" {cacheLock}>"$dispatchCache/lock"
-    flock "$treeLock"
+    takeLock "$treeLock"
     findDispatch && return 0
-    local fetching=$dispatchCache/fetching building=$root/.deps/building
-    trap 'rm -rf -- "$fetching" "$building"' EXIT
-    rm -rf -- "$building"
-    mkdir -p "$building"
-    flock "$cacheLock"
-    rm -rf -- "$fetching"
-    mkdir -p "$fetching"
-    xz -tq "$dispatchSource" 2>/dev/null || fetchDispatchSource "$fetching"
-    flock -u "$cacheLock"
-    buildDispatch "$building"
-    rm -rf -- "$dispatchPrefix"
-    mv -T -- "$building/prefix" "$dispatchPrefix"
-    rm -rf -- "$fetching" "$building"
-    trap - EXIT
+    provideDispatchSource "$dispatchCache/fetching"
+    buildAside "$root/.deps/building"
     say "libdispatch is in .deps/dispatch"
+}
+
+takeLock() {
+    flock -n "$1" && return 0
+    say "waiting for another set-up to finish"
+    flock "$1"
+}
+
+# Clears a folder, now and when the script ends, whichever way.
+useFolder() {
+    usedFolder=$1
+    trap 'rm -rf -- "$usedFolder"' EXIT
+    rm -rf -- "$usedFolder"
+    mkdir -p "$usedFolder"
+}
+
+provideDispatchSource() {
+    takeLock "$cacheLock"
+    useFolder "$1"
+    xz -tq "$dispatchSource" 2>/dev/null || fetchDispatchSource "$1"
+    rm -rf -- "$1"
+    trap - EXIT
+    flock -u "$cacheLock"
+}
+
+buildAside() {
+    useFolder "$1"
+    buildDispatch "$1"
+    rm -rf -- "$dispatchPrefix"
+    mv -T -- "$1/prefix" "$dispatchPrefix"
+    rm -rf -- "$1"
+    trap - EXIT
 }

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -74,4 +75,14 @@ TEST_P(GlobalFunctionsDeathTest, DelayThatIsNotFiniteOrTooLongStopsTheProcess) {
     for (const double seconds :
          {infinity, -infinity, std::numeric_limits<double>::quiet_NaN(), 9.3e9, -9.3e9, 1e300})
         EXPECT_EXIT(delay(seconds, [] {}), ::testing::KilledBySignal(SIGILL), "^$") << seconds;
+}
+
+// In a process that ends at once: the work would be pending for centuries.
+TEST_P(GlobalFunctionsDeathTest, DelayOfUpToTwoHundredNinetyTwoYearsIsTaken) {
+    const auto take = [] {
+        delay(9.2e9, [] {});
+        delay(-9.2e9, [] {});
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(take(), ::testing::ExitedWithCode(0), "^$");
 }
