@@ -104,8 +104,8 @@ void RunLoop::stop(int exitStatus) {
 bool RunLoop::runOnce(DispatchTime deadline) {
     requireMainThread("RunLoop::runOnce");
     Queue::main();
-    if (g_main_context_iteration(nullptr, FALSE) == TRUE) return true;
-    if (deadline <= DispatchTime::now()) return false;
+    // One turn in any case: a second one would wait although the first had already taken a wake-up.
+    if (deadline <= DispatchTime::now()) return g_main_context_iteration(nullptr, FALSE) == TRUE;
     if (deadline == DispatchTime::distantFuture()) return g_main_context_iteration(nullptr, TRUE) == TRUE;
     const WakeUpTimer timer(deadline);
     return g_main_context_iteration(nullptr, TRUE) == TRUE && !timer.hasExpired();

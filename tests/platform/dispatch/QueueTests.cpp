@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <latch>
@@ -254,26 +253,6 @@ TEST(Queue, MainQueueRunsSynchronousWorkOfOtherThreadsOnTheMainThread) {
         [&] { answer = Queue::main().sync([] { return Thread::isMainThread() ? 1 : 0; }); });
     EXPECT_TRUE(MainLoop::pumpUntil([&] { return answer != -1; }, 10s));
     EXPECT_EQ(answer, 1);
-}
-
-TEST(Queue, MainQueueKeepsTheOrderOfEachThreadOverAHundredThousandSubmissions) {
-    constexpr int threadCount = 4;
-    constexpr int perThread = 25'000;
-    std::array<int, threadCount> next{};
-    int outOfOrder = 0;
-    int total = 0;
-    std::vector<std::jthread> threads;
-    for (std::size_t t = 0; t < threadCount; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < perThread; ++i)
-                Queue::main().async([&, t, i] {
-                    outOfOrder += next[t] == i ? 0 : 1;
-                    next[t] = i + 1;
-                    ++total;
-                });
-        });
-    EXPECT_TRUE(MainLoop::pumpUntil([&] { return total == threadCount * perThread; }, 60s));
-    EXPECT_EQ(outOfOrder, 0);
 }
 
 TEST(Queue, SafePatternsLookSafeToThreadSanitizer) {
