@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// A network whose state a test writes.
+//
+//     testing::ScriptedNetwork network;                       // offline
+//     NWPathMonitor monitor(network.source());
+//     monitor.start(queue);
+//     network.setPath({.status = NWPath::Status::satisfied, .interfaceTypes = {InterfaceType::wifi}});
+
+#include <VorlanFoundation/Platform/NWPath.h>
+#include <VorlanFoundation/Platform/NWPathSource.h>
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+namespace vorlan::testing {
+
+/// Stands in for the system's source of paths, and says what it is told to say.
+///
+/// Threads:     safe from any thread.
+/// Owns:        its source, which lives on while a monitor uses it.
+/// Re-entrancy: handlers of monitors may use the network.
+/// Time:        monitors hand a path to their queue before `setPath` or `deliver` returns, in the order of
+///              the calls.
+/// Errors:      none.
+class ScriptedNetwork {
+public:
+    /// A network that is offline: its path is unsatisfied.
+    ScriptedNetwork();
+
+    /// A network that begins with that path.
+    explicit ScriptedNetwork(NWPath path);
+
+    /// A network that begins with the path of that description.
+    explicit ScriptedNetwork(NWPath::Description description)
+        : ScriptedNetwork(NWPath(std::move(description))) {}
+
+    /// What monitors are made with.
+    std::shared_ptr<NWPathSource> source() const;
+
+    /// Changes the path; as with the system's source, one that equals the present path is not delivered.
+    void setPath(NWPath path);
+
+    /// Changes the path to that of a description.
+    void setPath(NWPath::Description description) { setPath(NWPath(std::move(description))); }
+
+    /// Changes the path and delivers it, also when it equals the present one.
+    void deliver(NWPath path);
+
+    /// Delivers the path of a description.
+    void deliver(NWPath::Description description) { deliver(NWPath(std::move(description))); }
+
+    /// The number of subscriptions, one for each monitor that was started and not cancelled.
+    std::size_t subscriberCount() const;
+
+private:
+    class Source;
+    std::shared_ptr<Source> source_;
+};
+
+} // namespace vorlan::testing
