@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The test kit: what a host's tests need to drive the library by hand. Link VorlanFoundation::Testing.
+
+#include <VorlanFoundation/Testing/MainLoop.h>
+#include <VorlanFoundation/Testing/ManualQueue.h>
+#include <VorlanFoundation/Testing/ScriptedNetwork.h>
+#include <VorlanFoundation/Testing/TemporaryHome.h>
