@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// All of VorlanFoundation.
+
+#include <VorlanFoundation/Execution.h>
+#include <VorlanFoundation/Observation.h>
+#include <VorlanFoundation/Platform/Queue.h>
+#include <VorlanFoundation/Platform/RunLoop.h>
+#include <VorlanFoundation/Platform/Thread.h>
+#include <VorlanFoundation/Platform/TimerSource.h>
+#include <VorlanFoundation/Platform/WorkItem.h>
+#include <VorlanFoundation/Reachability.h>
