@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The sections of the tour, one per area of the library. Each returns whether all that it shows happened.
+
+namespace tour {
+
+bool showExecution();
+bool showObservation();
+bool showNetwork();
+
+/// Prints each change of the network until the process is interrupted; returns its exit status.
+int watchNetwork();
+
+} // namespace tour
