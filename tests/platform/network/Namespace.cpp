@@ -51,7 +51,8 @@ public:
         const int user = privilege_ == Privilege::unprivileged ? CLONE_NEWUSER : 0;
         check(unshare(user | CLONE_NEWNET | CLONE_NEWNS), "unshare");
         if (user != 0) mapUser();
-        check(mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr), "making mounts private");
+        // Only this one: in a change-root tree, the root is no mount whose propagation could be changed.
+        check(mount("none", "/sys", nullptr, MS_REC | MS_PRIVATE, nullptr), "making /sys private");
         check(mount("sysfs", "/sys", "sysfs", 0, nullptr), "mounting sysfs");
         check(prctl(PR_SET_PDEATHSIG, SIGKILL), "prctl");
         execve("/proc/self/exe", arguments, environment);
