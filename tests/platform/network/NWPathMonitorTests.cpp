@@ -180,28 +180,6 @@ TEST_F(NWPathMonitorOfAScript, SourceOutlivesTheNetworkThatMadeIt) {
     EXPECT_EQ(other.currentPath(), online);
 }
 
-TEST(ScriptedNetwork, EqualPathIsDeliveredOnlyByDeliver) {
-    testing::ScriptedNetwork network(online);
-    testing::ManualQueue queue;
-    int count = 0;
-    NWPathMonitor monitor(network.source());
-    monitor.setPathUpdateHandler([&](const NWPath&) { ++count; });
-    monitor.start(queue);
-    network.setPath(online);
-    queue.runPending();
-    EXPECT_EQ(count, 1);
-    network.deliver(online);
-    network.deliver({.status = satisfied, .interfaceTypes = {InterfaceType::wifi}});
-    queue.runPending();
-    EXPECT_EQ(count, 3);
-}
-
-TEST(ScriptedNetwork, BeginsOfflineOrAsItIsTold) {
-    EXPECT_EQ(testing::ScriptedNetwork().source()->currentPath().status(), unsatisfied);
-    const testing::ScriptedNetwork network({.status = requiresConnection});
-    EXPECT_EQ(network.source()->currentPath().status(), requiresConnection);
-}
-
 TEST(NWPathMonitorDeathTest, NoSourceStopsTheProcess) {
     EXPECT_DEATH(NWPathMonitor(std::shared_ptr<NWPathSource>()),
                  "NWPathMonitor: Fatal error: a path monitor needs a source");
