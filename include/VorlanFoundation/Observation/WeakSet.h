@@ -88,7 +88,7 @@ public:
         if (isAtRest()) {
             if (const std::unique_lock lock(mutex_, std::try_to_lock); lock.owns_lock()) return add(object);
         }
-        if (!contains(object)) queueWrite([this, box = WeakBox<T>(object)] { add(box); });
+        queueWrite([this, box = WeakBox<T>(object)] { add(box); });
     }
 
     /// Removes an object; does nothing when it is no member.
