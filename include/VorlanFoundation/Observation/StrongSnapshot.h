@@ -36,7 +36,7 @@ public:
 
     std::size_t size() const noexcept { return count_; }
     std::shared_ptr<T>* begin() noexcept {
-        return std::launder(reinterpret_cast<std::shared_ptr<T>*>(slots_));
+        return count_ == 0 ? nullptr : std::launder(reinterpret_cast<std::shared_ptr<T>*>(slots_));
     }
     std::shared_ptr<T>* end() noexcept { return begin() + count_; }
 
