@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/runloop/MainQueueSource.h"
 
-#include "platform/dispatch/Dispatch.h"
-
 #include <VorlanFoundation/Platform/RunLoop.h>
 
 #include <glib-unix.h>
@@ -27,7 +25,7 @@ gboolean drain(gint, GIOCondition, gpointer) {
 
 void attachMainQueueToDefaultContext() {
     const std::unique_ptr<GSource, SourceRelease> source(
-        g_unix_fd_source_new(_dispatch_get_main_queue_handle_4CF(), G_IO_IN));
+        g_unix_fd_source_new(RunLoop::mainQueueDescriptor(), G_IO_IN));
     g_source_set_static_name(source.get(), "VorlanFoundation main queue");
     g_source_set_callback(source.get(), G_SOURCE_FUNC(drain), nullptr, nullptr);
     g_source_attach(source.get(), nullptr);

@@ -2,6 +2,7 @@
 #include <VorlanFoundation/Platform/RunLoop.h>
 
 #include "platform/dispatch/Dispatch.h"
+#include "platform/dispatch/ThreadSanitizer.h"
 
 #include <VorlanFoundation/Platform/FatalError.h>
 #include <VorlanFoundation/Platform/Queue.h>
@@ -21,6 +22,9 @@
 namespace vorlan {
 
 namespace {
+
+// Stands for the engine's promise that whoever asks for the descriptor finds it made, for ThreadSanitizer.
+constinit const char descriptorTag = 0;
 
 // The stop that was asked for and not yet taken by a run().
 struct PendingStop {
@@ -116,7 +120,9 @@ void RunLoop::wakeUp() {
 }
 
 int RunLoop::mainQueueDescriptor() {
-    return _dispatch_get_main_queue_handle_4CF();
+    const int descriptor = _dispatch_get_main_queue_handle_4CF();
+    sanitizer::release(&descriptorTag);
+    return descriptor;
 }
 
 void RunLoop::drainMainQueue() {

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -30,6 +31,10 @@ struct Host {
     /// Serves the main queue for about that long, or until `isDone`, which is looked at after each event.
     void (*serve)(std::chrono::milliseconds limit, const std::function<bool()>& isDone);
 };
+
+void PrintTo(const Host& host, std::ostream* stream) {
+    *stream << host.name;
+}
 
 void serveWithGLib(std::chrono::milliseconds limit, const std::function<bool()>& isDone) {
     bool isOver = false;
