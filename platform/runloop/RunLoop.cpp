@@ -129,8 +129,10 @@ void RunLoop::drainMainQueue() {
     requireMainThread("RunLoop::drainMainQueue");
     // The descriptor is an eventfd: one read takes the whole count back. Left unread it would keep the loop
     // awake.
+    const int descriptor = mainQueueDescriptor();
+    sanitizer::acquire(&descriptorTag);
     std::uint64_t count = 0;
-    while (read(mainQueueDescriptor(), &count, sizeof count) < 0 && errno == EINTR) {}
+    while (read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {}
     _dispatch_main_queue_callback_4CF(nullptr);
 }
 

@@ -152,15 +152,23 @@ TEST(Delay, IsNeverEarly) {
     EXPECT_GE(ran, start + 50ms);
 }
 
-TEST(DelayOnMainThread, RunsTheWorkOnTheMainQueueAfterAnyOfTheFourUnits) {
-    std::vector<int> order;
-    delayOnMainThread(1s, [&] { order.push_back(4); });
-    delayOnMainThread(60ms, [&] { order.push_back(3); });
-    delayOnMainThread(30'000us, [&] { order.push_back(2); });
-    delayOnMainThread(100ns, [&] { order.push_back(1); });
-    EXPECT_TRUE(order.empty());
-    EXPECT_TRUE(MainLoop::pumpUntil([&] { return order.size() == 4; }, 10s));
-    EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));
+TEST(DelayOnMainThread, RunsTheWorkOnTheMainQueueAfterAnyOfTheFourUnitsNeverEarly) {
+    const auto start = DispatchTime::now();
+    int ran = 0;
+    int early = 0;
+    const auto delayBy = [&](DispatchTimeInterval interval) {
+        delayOnMainThread(interval, [&, earliest = start + interval] {
+            early += DispatchTime::now() < earliest || !Thread::isMainThread() ? 1 : 0;
+            ++ran;
+        });
+    };
+    delayBy(1s);
+    delayBy(60ms);
+    delayBy(30'000us);
+    delayBy(100ns);
+    EXPECT_EQ(ran, 0);
+    EXPECT_TRUE(MainLoop::pumpUntil([&] { return ran == 4; }, 10s));
+    EXPECT_EQ(early, 0);
 }
 
 TEST(DelayOnMainThread, DropsWorkThatIsNeverDue) {

@@ -192,19 +192,14 @@ TEST(Queue, ExceptionOfSynchronousWorkReachesTheCallerAndTheQueueGoesOn) {
     EXPECT_THROW(queue.barrierSync([]() -> int { throw 5; }), int);
 }
 
-TEST(Queue, WorkAfterAnIntervalIsNeverEarlyAndComesInTheOrderOfItsDeadlines) {
+TEST(Queue, WorkAfterAnIntervalIsNeverEarly) {
     const Queue queue("queue");
-    Inbox<std::pair<int, DispatchTime>> arrivals;
+    Inbox<bool> wasEarly;
     const auto start = queue.now();
-    queue.asyncAfter(60ms, [&] { arrivals.put({2, queue.now()}); });
-    queue.asyncAfter(20ms, [&] { arrivals.put({1, queue.now()}); });
-    queue.asyncAfter(start + 100ms, [&] { arrivals.put({3, queue.now()}); });
-    for (const auto& [number, earliest] : {std::pair{1, 20ms}, {2, 60ms}, {3, 100ms}}) {
-        const auto arrival = arrivals.take();
-        ASSERT_TRUE(arrival);
-        EXPECT_EQ(arrival->first, number);
-        EXPECT_GE(arrival->second, start + earliest);
-    }
+    queue.asyncAfter(60ms, [&] { wasEarly.put(queue.now() < start + 60ms); });
+    queue.asyncAfter(20ms, [&] { wasEarly.put(queue.now() < start + 20ms); });
+    queue.asyncAfter(start + 100ms, [&] { wasEarly.put(queue.now() < start + 100ms); });
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(wasEarly.take(), false);
 }
 
 TEST(Queue, WorkForThePastRunsAsynchronouslyAtOnce) {
