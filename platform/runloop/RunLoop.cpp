@@ -2,7 +2,6 @@
 #include <VorlanFoundation/Platform/RunLoop.h>
 
 #include "platform/dispatch/Dispatch.h"
-#include "platform/dispatch/ThreadSanitizer.h"
 
 #include <VorlanFoundation/Platform/FatalError.h>
 #include <VorlanFoundation/Platform/Queue.h>
@@ -22,9 +21,6 @@
 namespace vorlan {
 
 namespace {
-
-// Stands for the engine's promise that whoever asks for the descriptor finds it made, for ThreadSanitizer.
-constinit const char descriptorTag = 0;
 
 // The stop that was asked for and not yet taken by a run().
 struct PendingStop {
@@ -120,19 +116,15 @@ void RunLoop::wakeUp() {
 }
 
 int RunLoop::mainQueueDescriptor() {
-    const int descriptor = _dispatch_get_main_queue_handle_4CF();
-    sanitizer::release(&descriptorTag);
-    return descriptor;
+    return _dispatch_get_main_queue_handle_4CF();
 }
 
 void RunLoop::drainMainQueue() {
     requireMainThread("RunLoop::drainMainQueue");
     // The descriptor is an eventfd: one read takes the whole count back. Left unread it would keep the loop
     // awake.
-    const int descriptor = mainQueueDescriptor();
-    sanitizer::acquire(&descriptorTag);
     std::uint64_t count = 0;
-    while (read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {}
+    while (read(mainQueueDescriptor(), &count, sizeof count) < 0 && errno == EINTR) {}
     _dispatch_main_queue_callback_4CF(nullptr);
 }
 
