@@ -227,6 +227,27 @@ TEST(Observable, CallbackMayDropTheObject) {
     EXPECT_TRUE(watched.expired());
 }
 
+TEST(Observable, ThatDoesNotLiveInASharedPointerNotifiesAllTheSame) {
+    Subject subject;
+    const auto counter = std::make_shared<Counter>();
+    subject.observerSet()->insert(counter);
+    subject.tell();
+    EXPECT_EQ(counter->sum, 1);
+}
+
+TEST(Observable, MayNotifyWhileItIsBeingDestroyed) {
+    class Parting : public Subject {
+    public:
+        ~Parting() override { tell(); }
+    };
+    const auto counter = std::make_shared<Counter>();
+    {
+        const auto subject = std::make_shared<Parting>();
+        subject->addObserver(counter);
+    }
+    EXPECT_EQ(counter->sum, 1);
+}
+
 TEST(Observable, NotificationsNest) {
     const auto subject = std::make_shared<Subject>();
     const auto acting = std::make_shared<Acting>();

@@ -110,6 +110,16 @@ private:
         });
     }
 
+    // Null for an object that does not live in a `std::shared_ptr`, or is being destroyed. That is the rare case:
+    // `weak_from_this().lock()` would say so without an exception, at the price of two more counts every time.
+    std::shared_ptr<const Object> held() const noexcept {
+        try {
+            return shared_from_this();
+        } catch (const std::bad_weak_ptr&) {
+            return nullptr;
+        }
+    }
+
     template <class T, class Find>
     static T& cached(std::atomic<T*>& cache, Find&& find) {
         if (auto* known = cache.load(std::memory_order_acquire)) return *known;
@@ -120,7 +130,7 @@ private:
 
     template <class Function>
     void forEachObserver(Function&& function) {
-        const auto self = weak_from_this().lock();
+        const auto self = held();
         detail::NotificationPass pass(passes());
         observers().forEachObject([&](Observer& observer) {
             if (pass.announce(identityOf(observer))) function(observer);
@@ -140,8 +150,9 @@ private:
 template <class ObserverType>
 class Observable<ObserverType>::Registration final : public ObservationToken {
 public:
-    Registration(Observable& observable, const std::shared_ptr<Observer>& observer)
-        : lifetime_(observable.weak_from_this()), observable_(observable), observer_(observer) {}
+    Registration(Observable& observable, std::weak_ptr<Object> lifetime,
+                 const std::shared_ptr<Observer>& observer)
+        : lifetime_(std::move(lifetime)), observable_(observable), observer_(observer) {}
 
 protected:
     void cancellationClosure() override {
@@ -160,10 +171,11 @@ private:
 template <class ObserverType>
 typename Observable<ObserverType>::Token Observable<ObserverType>::addObserver(
     const std::shared_ptr<Observer>& observer) {
-    if (weak_from_this().expired())
+    auto lifetime = weak_from_this();
+    if (lifetime.expired())
         fatalError("an observable object has to live in a std::shared_ptr", "VorlanFoundation/Observable");
     observers().insert(observer);
-    return std::make_shared<Registration>(*this, observer);
+    return std::make_shared<Registration>(*this, std::move(lifetime), observer);
 }
 
 } // namespace vorlan
