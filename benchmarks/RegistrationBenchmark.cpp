@@ -32,18 +32,49 @@ void measure(benchmark::State& state, std::size_t others, const Add& add, const 
     for ([[maybe_unused]] auto _ : state) comeAndGo(observer);
 }
 
+/// The plainest registry that several threads may use.
+class Registry {
+public:
+    void add(const std::shared_ptr<Badge>& badge) {
+        const std::lock_guard lock(mutex_);
+        observers_.emplace(badge.get(), badge);
+    }
+    void remove(const Badge* badge) {
+        const std::lock_guard lock(mutex_);
+        observers_.erase(badge);
+    }
+
+private:
+    std::mutex mutex_;
+    std::unordered_map<const Badge*, std::weak_ptr<Badge>> observers_;
+};
+
 void measureFloor(benchmark::State& state, std::size_t others) {
-    std::mutex mutex;
-    std::unordered_map<const void*, std::weak_ptr<Badge>> observers;
-    const auto add = [&](const std::shared_ptr<Badge>& badge) {
-        const std::lock_guard lock(mutex);
-        observers.emplace(badge.get(), badge);
-    };
+    Registry registry;
+    const auto add = [&](const std::shared_ptr<Badge>& badge) { registry.add(badge); };
     measure<Badge>(state, others, add, [&](const std::shared_ptr<Badge>& badge) {
         add(badge);
-        const std::lock_guard lock(mutex);
-        observers.erase(badge.get());
+        registry.remove(badge.get());
     });
+}
+
+/// The plainest token that holds what ours hold: the observer, and the registry weakly.
+struct PlainToken {
+    std::weak_ptr<Registry> registry;
+    std::shared_ptr<Badge> badge;
+
+    void cancel() const {
+        if (const auto alive = registry.lock()) alive->remove(badge.get());
+    }
+};
+
+void measureFloorWithToken(benchmark::State& state, std::size_t others) {
+    const auto registry = std::make_shared<Registry>();
+    const auto add = [&](const std::shared_ptr<Badge>& badge) {
+        registry->add(badge);
+        return std::make_shared<PlainToken>(registry, badge);
+    };
+    measure<Badge>(state, others, add, [&](const std::shared_ptr<Badge>& badge) { add(badge)->cancel(); });
 }
 
 void measureToken(benchmark::State& state, std::size_t others) {
@@ -114,6 +145,7 @@ void addRegistrationRow(std::size_t others, const std::string& name,
 void addRegistrationRows() {
     for (const std::size_t others : {0, 10, 1000}) {
         addRegistrationRow(others, "floor: mutex and unordered_map", measureFloor);
+        addRegistrationRow(others, "floor: the same with a token", measureFloorWithToken);
         addRegistrationRow(others, "ours: addObserver, token->cancel", measureToken);
         addRegistrationRow(others, "ours: addObserver, removeObserver", measureRemove);
         addRegistrationRow(others, "peer: Qt connect, disconnect", measureQt);

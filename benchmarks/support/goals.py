@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Reads the goals and judges runs by them."""
 
+import sys
+
 
 class Goal:
     """What one of our rows must reach against another row, or by itself."""
@@ -55,12 +57,20 @@ class Goals:
         self._goals = list(_goals(data))
 
     def _of(self, rows):
-        """The goals of the topic that the rows are of. One whose other row does not exist is an error of the file."""
+        """The goals of the topic that the rows are of."""
         return [goal for goal in self._goals if goal.ours in rows]
 
     def judge(self, rows):
         for goal in self._of(rows):
+            if goal.against not in rows:
+                sys.exit(f"goals.toml speaks of a row that there is not: {goal.against}")
             goal.judge(rows)
+
+    def check_all_judged(self):
+        """To be called when all topics were run: a goal that is still unjudged is of a row that there is not."""
+        for goal in self._goals:
+            if not goal.reached:
+                sys.exit(f"goals.toml speaks of a row that there is not: {goal.ours}")
 
     def missed(self, rows):
         return [goal for goal in self._of(rows) if not goal.is_met()]
