@@ -56,18 +56,13 @@ void deleteState(void* context) {
     delete static_cast<QueueState*>(context);
 }
 
-// The whole life of an asynchronous block on its thread.
 template <BlockKind kind>
 void runAsynchronous(void* context) {
     sanitizer::acquire(context);
     auto* node = static_cast<detail::WorkNode*>(context);
-    auto& queue = *static_cast<QueueState*>(node->queue);
-    queue.enter(kind);
-    {
-        const BlockFrame frame(queue, kind);
-        runOrStop(queue, [](void* work) { Work(static_cast<detail::WorkNode*>(work))(); }, node);
-    }
-    queue.leave(kind);
+    runBlock(
+        *static_cast<QueueState*>(node->queue), kind,
+        [](void* work) { Work(static_cast<detail::WorkNode*>(work))(); }, node);
 }
 
 void* prepare(Work& work, QueueState& queue) {
@@ -87,16 +82,9 @@ struct SynchronousBlock {
 
 void runSynchronous(void* context) {
     sanitizer::acquire(context);
-    auto& block = *static_cast<SynchronousBlock*>(context);
-    auto& queue = block.queue;
-    const auto kind = block.kind;
-    queue.enter(kind);
-    {
-        const BlockFrame frame(queue, kind, block.waiting);
-        runOrStop(queue, block.function, block.context);
-    }
+    const auto& block = *static_cast<SynchronousBlock*>(context);
+    runBlock(block.queue, block.kind, block.function, block.context, block.waiting);
     sanitizer::release(context);
-    queue.leave(kind);
 }
 
 } // namespace

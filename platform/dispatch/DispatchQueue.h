@@ -60,4 +60,18 @@ private:
 /// Calls `function`; an exception that leaves it stops the process with its text and the queue's name.
 void runOrStop(const QueueState& queue, void (*function)(void*), void* context) noexcept;
 
+/// Runs a block of a queue on the calling thread, from what comes before it to what comes after it. The
+/// caller does not touch the queue's state afterwards.
+///
+/// @param waiting The blocks that the block is nested in: those of the thread that waits for it.
+inline void runBlock(QueueState& queue, BlockKind kind, void (*function)(void*), void* context,
+                     const BlockFrame* waiting = BlockFrame::current()) noexcept {
+    queue.enter(kind);
+    {
+        const BlockFrame frame(queue, kind, waiting);
+        runOrStop(queue, function, context);
+    }
+    queue.leave(kind);
+}
+
 } // namespace vorlan

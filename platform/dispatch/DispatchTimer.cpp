@@ -16,15 +16,11 @@ struct DispatchTimer::Context {
 
     // The handler is copied under the lock and called outside it, so that it may replace itself.
     static void onEvent(void* context) {
-        auto& self = *static_cast<Context*>(context);
-        sanitizer::acquire(&self);
-        self.queue.enter(BlockKind::ordinary);
-        {
-            const BlockFrame frame(self.queue, BlockKind::ordinary);
-            runOrStop(self.queue, [](void* timer) { static_cast<Context*>(timer)->callHandler(); }, &self);
-        }
-        self.queue.leave(BlockKind::ordinary);
-        sanitizer::release(&self);
+        sanitizer::acquire(context);
+        runBlock(
+            static_cast<Context*>(context)->queue, BlockKind::ordinary,
+            [](void* timer) { static_cast<Context*>(timer)->callHandler(); }, context);
+        sanitizer::release(context);
     }
 
     static void onCancel(void* context) {

@@ -43,8 +43,9 @@ struct QueueState {
 #endif
     }
 
-    /// States that what the ending block did is visible to later ones, and to the end of the queue. The last look at
-    /// the state: the engine keeps its queue, and with it the state, no longer than until the block has ended.
+    /// States that what the ending block did is visible to later ones, and to the end of the queue. The last
+    /// look at the state: the engine keeps its queue, and with it the state, no longer than until the block
+    /// has ended.
     void leave(BlockKind block) {
 #if defined(VORLAN_THREAD_SANITIZER)
         for (auto *queue = this, *next = target; queue != nullptr;

@@ -15,15 +15,11 @@ namespace {
 
 struct Context {
     static void onEvent(void* context) {
-        auto& self = *static_cast<Context*>(context);
-        sanitizer::acquire(&self);
-        self.queue.enter(BlockKind::ordinary);
-        {
-            const BlockFrame frame(self.queue, BlockKind::ordinary);
-            runOrStop(self.queue, [](void* source) { static_cast<Context*>(source)->handler(); }, &self);
-        }
-        self.queue.leave(BlockKind::ordinary);
-        sanitizer::release(&self);
+        sanitizer::acquire(context);
+        runBlock(
+            static_cast<Context*>(context)->queue, BlockKind::ordinary,
+            [](void* source) { static_cast<Context*>(source)->handler(); }, context);
+        sanitizer::release(context);
     }
 
     static void onCancel(void* context) {
