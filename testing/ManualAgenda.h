@@ -3,6 +3,7 @@
 
 // What a queue that is driven by hand still has to run, and the clock that says when.
 
+#include <VorlanFoundation/Platform/Date.h>
 #include <VorlanFoundation/Platform/DispatchTime.h>
 #include <VorlanFoundation/Platform/Work.h>
 
@@ -26,6 +27,12 @@ public:
     DispatchTime now() const {
         const std::lock_guard lock(mutex_);
         return now_;
+    }
+
+    /// The present on the calendar, which moves with the clock.
+    Date date() const {
+        return Date(
+            std::chrono::duration<double>(std::chrono::nanoseconds((now() - start).nanoseconds())).count());
     }
 
     /// Puts work down for a deadline, or for now when that is in the past.
@@ -59,8 +66,10 @@ private:
         Kind kind;
     };
 
+    static constexpr DispatchTime start = DispatchTime(0) + std::chrono::seconds(3600);
+
     mutable std::mutex mutex_;
-    DispatchTime now_ = DispatchTime(0) + std::chrono::seconds(3600);
+    DispatchTime now_ = start;
     std::uint64_t nextNumber_ = 0;
     std::map<std::pair<DispatchTime, std::uint64_t>, Entry> entries_;
 };

@@ -17,9 +17,10 @@ class ManualQueueProvider final : public QueueProvider {
 public:
     std::string label() const override { return "ManualQueue"; }
     DispatchTime now() const override { return agenda_->now(); }
+    Date date() const override { return agenda_->date(); }
     bool isCurrent() const override { return runner_.load() == std::this_thread::get_id(); }
     void async(Work work, BlockKind) override { agenda_->add(now(), std::move(work)); }
-    void asyncAfter(DispatchTime deadline, Work work) override {
+    void asyncAfter(DispatchTime deadline, Work work, BlockKind) override {
         if (deadline != DispatchTime::distantFuture()) agenda_->add(deadline, std::move(work));
     }
     std::unique_ptr<TimerProvider> makeTimer() override { return std::make_unique<ManualTimer>(agenda_); }

@@ -2,13 +2,13 @@
 #include "platform/dispatch/DispatchQueue.h"
 
 #include "platform/dispatch/DispatchTimer.h"
+#include "platform/values/ExceptionStop.h"
 
 #include <VorlanFoundation/Platform/FatalError.h>
 #include <VorlanFoundation/Platform/Thread.h>
 
 #include <array>
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -65,6 +65,14 @@ void runAsynchronous(void* context) {
         [](void* work) { Work(static_cast<detail::WorkNode*>(work))(); }, node);
 }
 
+// The engine delays ordinary blocks only: one that is due submits itself as a barrier.
+void submitBarrier(void* context) {
+    sanitizer::acquire(context);
+    const auto* state = static_cast<QueueState*>(static_cast<detail::WorkNode*>(context)->queue);
+    sanitizer::release(context);
+    dispatch_barrier_async_f(state->queue, context, runAsynchronous<BlockKind::barrier>);
+}
+
 void* prepare(Work& work, QueueState& queue) {
     auto* node = work.release();
     node->queue = &queue;
@@ -90,15 +98,10 @@ void runSynchronous(void* context) {
 } // namespace
 
 void runOrStop(const QueueState& queue, void (*function)(void*), void* context) noexcept {
-    const auto stop = [&](std::string_view text) {
-        fatalError("an exception left a block on queue '" + queue.label + "': " + std::string(text), where);
-    };
     try {
         function(context);
-    } catch (const std::exception& error) {
-        stop(error.what());
     } catch (...) {
-        stop("not a std::exception");
+        stopForException("a block on queue '" + queue.label + "'", where);
     }
 }
 
@@ -113,13 +116,14 @@ DispatchQueue::DispatchQueue(std::string_view label, const Attributes& attribute
     queue_ = dispatch_queue_create_with_target(state_->label.c_str(), engineAttributes(attributes),
                                                target != nullptr ? target->handle() : nullptr);
     if (queue_ == nullptr) fatalError("the engine could not make queue '" + state_->label + "'", where);
+    state_->queue = queue_;
     dispatch_set_context(queue_, state_);
     dispatch_set_finalizer_f(queue_, deleteState);
 }
 
 DispatchQueue::DispatchQueue(dispatch_queue_t queue, QueueState::Kind kind, QualityOfService qualityOfService)
     : queue_(queue),
-      state_(new QueueState{.kind = kind, .label = dispatch_queue_get_label(queue)}),
+      state_(new QueueState{.kind = kind, .label = dispatch_queue_get_label(queue), .queue = queue}),
       qualityOfService_(qualityOfService),
       isOwned_(false) {}
 
@@ -138,11 +142,11 @@ void DispatchQueue::async(Work work, BlockKind kind) {
     }
 }
 
-void DispatchQueue::asyncAfter(DispatchTime deadline, Work work) {
+void DispatchQueue::asyncAfter(DispatchTime deadline, Work work, BlockKind kind) {
     // The engine forgets work that is never due without releasing it; here it goes with the argument.
     if (deadline == DispatchTime::distantFuture()) return;
     dispatch_after_f(engineTime(deadline), queue_, prepare(work, *state_),
-                     runAsynchronous<BlockKind::ordinary>);
+                     kind == BlockKind::barrier ? submitBarrier : runAsynchronous<BlockKind::ordinary>);
 }
 
 void DispatchQueue::sync(void (*function)(void*), void* context, BlockKind kind) {

@@ -33,7 +33,7 @@ public:
     DispatchTime now() const override { return DispatchTime::now(); }
     bool isCurrent() const override { return BlockFrame::isIn(*state_); }
     void async(Work work, BlockKind kind) override;
-    void asyncAfter(DispatchTime deadline, Work work) override;
+    void asyncAfter(DispatchTime deadline, Work work, BlockKind kind) override;
     void sync(void (*function)(void*), void* context, BlockKind kind) override;
     std::unique_ptr<TimerProvider> makeTimer() override;
 

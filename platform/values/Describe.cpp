@@ -99,6 +99,19 @@ std::string detail::typeName(const std::type_info& type) {
     return status == 0 ? name.get() : type.name();
 }
 
+std::string detail::unqualifiedTypeName(const std::type_info& type) {
+    const auto name = typeName(type);
+    // Arguments of templates and functions have qualifications of their own, which do not count.
+    int depth = 0;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (std::string_view("<({").find(name[i]) != std::string_view::npos) ++depth;
+        if (std::string_view(">)}").find(name[i]) != std::string_view::npos) --depth;
+        if (depth == 0 && name.compare(i, 2, "::") == 0) start = i + 2;
+    }
+    return name.substr(start);
+}
+
 std::string describeAddress(const void* address) {
     std::string text(18, '0');
     text[1] = 'x';

@@ -59,6 +59,13 @@ TEST(ManualQueue, ClockStandsAtTheBlocksDeadlineWhileItRuns) {
     EXPECT_EQ(seen, start + 100ms);
 }
 
+TEST(ManualQueue, CalendarMovesWithTheClock) {
+    ManualQueue queue;
+    EXPECT_EQ(queue.date(), Date(0));
+    queue.advance(1500ms);
+    EXPECT_EQ(queue.date(), Date(1.5));
+}
+
 TEST(ManualQueue, WhatFallsDueWithinTheSpanBeingAdvancedRunsToo) {
     ManualQueue queue;
     std::vector<int> order;

@@ -27,6 +27,8 @@ VORLAN_EXPORT std::string describeNumber(double value);
 VORLAN_EXPORT std::string describeNumber(float value);
 VORLAN_EXPORT std::string describeObject(const std::type_info& type, const void* address);
 VORLAN_EXPORT std::string typeName(const std::type_info& type);
+/// The same without the namespaces, classes and functions that the type stands in.
+VORLAN_EXPORT std::string unqualifiedTypeName(const std::type_info& type);
 
 template <class T>
 inline constexpr bool isOptional = false;

@@ -8,6 +8,7 @@
 //     io.barrierAsync([] { compact(); });        // alone: after the write, before what is submitted next
 //     int n = io.sync([] { return count(); });   // waits for its turn; exceptions reach the caller
 
+#include <VorlanFoundation/Platform/Date.h>
 #include <VorlanFoundation/Platform/DispatchTime.h>
 #include <VorlanFoundation/Platform/Export.h>
 #include <VorlanFoundation/Platform/QueueProvider.h>
@@ -89,6 +90,9 @@ public:
     /// The present, by this queue's clock.
     DispatchTime now() const { return provider_->now(); }
 
+    /// The present on the calendar: the machine's, or that of the provider's own clock.
+    Date date() const { return provider_->date(); }
+
     /// Whether the calling code runs in a block of this queue, or of one that targets it.
     bool isCurrent() const { return provider_->isCurrent(); }
 
@@ -100,12 +104,17 @@ public:
 
     /// Submits work once `interval` has gone by; in the past means now, `never()` drops the work at once.
     void asyncAfter(DispatchTimeInterval interval, Work work) const {
-        provider_->asyncAfter(now() + interval, std::move(work));
+        asyncAfter(now() + interval, std::move(work));
     }
 
     /// Submits work once `deadline` has come; `DispatchTime::distantFuture()` drops it at once.
     void asyncAfter(DispatchTime deadline, Work work) const {
-        provider_->asyncAfter(deadline, std::move(work));
+        provider_->asyncAfter(deadline, std::move(work), BlockKind::ordinary);
+    }
+
+    /// Submits work once `interval` has gone by, to run alone on a concurrent queue.
+    void barrierAsyncAfter(DispatchTimeInterval interval, Work work) const {
+        provider_->asyncAfter(now() + interval, std::move(work), BlockKind::barrier);
     }
 
     /// Runs `block` in its turn, usually on the calling thread, and returns what it returned.

@@ -7,6 +7,7 @@
 // Applications use `Queue`. A provider is written to run queues on something else than the system's engine,
 // as the test kit does with a clock that is turned by hand.
 
+#include <VorlanFoundation/Platform/Date.h>
 #include <VorlanFoundation/Platform/DispatchTime.h>
 #include <VorlanFoundation/Platform/Work.h>
 
@@ -87,12 +88,14 @@ public:
     virtual AutoreleaseFrequency autoreleaseFrequency() const { return AutoreleaseFrequency::inherit; }
     /// The present, by the clock of this queue.
     virtual DispatchTime now() const = 0;
+    /// The present on the calendar; the machine's own, unless the provider has another.
+    virtual Date date() const { return Date(); }
     /// Whether the calling code runs in a block of this queue, or of one that targets it.
     virtual bool isCurrent() const = 0;
     /// Runs the work later, in the order of submission.
     virtual void async(Work work, BlockKind kind) = 0;
     /// Submits the work at `deadline`; drops it at once when that is never reached.
-    virtual void asyncAfter(DispatchTime deadline, Work work) = 0;
+    virtual void asyncAfter(DispatchTime deadline, Work work, BlockKind kind) = 0;
     /// Calls `function(context)` in turn and returns when it has returned.
     virtual void sync(void (*function)(void*), void* context, BlockKind kind) = 0;
     /// Makes a suspended timer whose events run on this queue.

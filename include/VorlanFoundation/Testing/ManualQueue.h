@@ -28,7 +28,8 @@ class ManualQueueProvider;
 /// Owns:        the work that was submitted and has not run.
 /// Re-entrancy: a block may submit work and make timers; what falls due within the span being advanced runs
 ///              too. A block must not advance its own queue; that stops the process with a message.
-/// Time:        a clock of its own that begins at one hour and moves only by `advance`.
+/// Time:        a clock of its own that begins at one hour and moves only by `advance`, and a calendar that
+///              begins at 2001-01-01T00:00:00Z and moves with it.
 /// Errors:      an exception of a block leaves `advance` or `runPending`; the work behind it stays.
 class ManualQueue : public Queue {
 public:

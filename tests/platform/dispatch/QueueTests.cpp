@@ -79,6 +79,32 @@ TEST(Queue, BarrierRunsAloneAfterEarlierAndBeforeLaterBlocks) {
     EXPECT_EQ(lateBeforeBarrier, 0);
 }
 
+TEST(Queue, DelayedBarrierIsNotEarlyAndRunsAlone) {
+    constexpr int rounds = 200;
+    const Queue queue("concurrent", Queue::concurrent);
+    std::atomic<int> running = 0;
+    int overlapped = 0;
+    int early = 0;
+    std::latch barriers(rounds);
+    for (int round = 0; round < rounds; ++round) {
+        queue.barrierAsyncAfter(1ms, [&, due = queue.now() + 1ms] {
+            overlapped += running.load();
+            early += queue.now() < due ? 1 : 0;
+            barriers.count_down();
+        });
+        for (int i = 0; i < 20; ++i)
+            queue.async([&] {
+                ++running;
+                std::this_thread::yield();
+                --running;
+            });
+    }
+    barriers.wait();
+    queue.barrierSync([] {});
+    EXPECT_EQ(overlapped, 0);
+    EXPECT_EQ(early, 0);
+}
+
 TEST(Queue, SynchronousReadWaitsForEarlierBarriers) {
     const Queue queue("concurrent", Queue::concurrent);
     std::string text;
@@ -219,6 +245,7 @@ TEST(Queue, WorkThatIsNeverDueIsDroppedAtOnce) {
     auto token = std::make_shared<int>();
     queue.asyncAfter(DispatchTimeInterval::never(), [token] {});
     queue.asyncAfter(DispatchTime::distantFuture(), [token] {});
+    queue.barrierAsyncAfter(DispatchTimeInterval::never(), [token] {});
     EXPECT_EQ(token.use_count(), 1);
 }
 

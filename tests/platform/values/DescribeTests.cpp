@@ -18,7 +18,14 @@ struct Base {
     virtual ~Base() = default;
 };
 struct Derived : Base {};
-struct Plain {};
+struct Plain {
+    struct Inner {};
+};
+template <class T>
+struct Box {
+    template <class U>
+    struct Lid {};
+};
 struct Named {
     std::string description() const { return "a name"; }
 };
@@ -83,4 +90,15 @@ TEST(Describe, EveryIllFormedByteSequenceIsShownAsAReplacementCharacter) {
     EXPECT_EQ(describe(std::string("\xF4\x90\x80\x80")), bad + bad + bad + bad); // beyond U+10FFFF
     EXPECT_EQ(describe(std::string("\xF0\x9F\x98")), bad);                       // cut short
     EXPECT_EQ(describe(std::string("\xF0\x9F\x98z")), bad + "z");
+}
+
+TEST(Describe, UnqualifiedNameOfATypeStandsAlone) {
+    struct Local {};
+    using detail::unqualifiedTypeName;
+    EXPECT_EQ(unqualifiedTypeName(typeid(int)), "int");
+    EXPECT_EQ(unqualifiedTypeName(typeid(Plain)), "Plain");
+    EXPECT_EQ(unqualifiedTypeName(typeid(Plain::Inner)), "Inner");
+    EXPECT_EQ(unqualifiedTypeName(typeid(Local)), "Local");
+    EXPECT_EQ(unqualifiedTypeName(typeid(Box<int>)), "Box<int>");
+    EXPECT_EQ(unqualifiedTypeName(typeid(Box<int>::Lid<long>)), "Lid<long>");
 }
