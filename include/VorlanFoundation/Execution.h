@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Execution and scheduling: where and when work runs.
+// Execution and scheduling: where and when work runs, and how often.
 
+#include <VorlanFoundation/Execution/BatchItemsTrottler.h>
+#include <VorlanFoundation/Execution/Debounce.h>
 #include <VorlanFoundation/Execution/GlobalFunctions.h>
+#include <VorlanFoundation/Execution/InfiniteTimer.h>
+#include <VorlanFoundation/Execution/Sampler.h>
+#include <VorlanFoundation/Execution/Throttler.h>
+#include <VorlanFoundation/Execution/TickTockable.h>
