@@ -3,6 +3,7 @@
 
 // Execution and scheduling: where and when work runs, and how often.
 
+#include <VorlanFoundation/Execution/AsynchronousOperation.h>
 #include <VorlanFoundation/Execution/BatchItemsTrottler.h>
 #include <VorlanFoundation/Execution/Debounce.h>
 #include <VorlanFoundation/Execution/GlobalFunctions.h>
@@ -10,3 +11,5 @@
 #include <VorlanFoundation/Execution/Sampler.h>
 #include <VorlanFoundation/Execution/Throttler.h>
 #include <VorlanFoundation/Execution/TickTockable.h>
+#include <VorlanFoundation/Execution/Worker.h>
+#include <VorlanFoundation/Platform/OperationQueue.h>

@@ -70,7 +70,7 @@ void submitBarrier(void* context) {
     sanitizer::acquire(context);
     const auto* state = static_cast<QueueState*>(static_cast<detail::WorkNode*>(context)->queue);
     sanitizer::release(context);
-    dispatch_barrier_async_f(state->queue, context, runAsynchronous<BlockKind::barrier>);
+    dispatch_barrier_async_f(state->handle, context, runAsynchronous<BlockKind::barrier>);
 }
 
 void* prepare(Work& work, QueueState& queue) {
@@ -116,14 +116,14 @@ DispatchQueue::DispatchQueue(std::string_view label, const Attributes& attribute
     queue_ = dispatch_queue_create_with_target(state_->label.c_str(), engineAttributes(attributes),
                                                target != nullptr ? target->handle() : nullptr);
     if (queue_ == nullptr) fatalError("the engine could not make queue '" + state_->label + "'", where);
-    state_->queue = queue_;
+    state_->handle = queue_;
     dispatch_set_context(queue_, state_);
     dispatch_set_finalizer_f(queue_, deleteState);
 }
 
 DispatchQueue::DispatchQueue(dispatch_queue_t queue, QueueState::Kind kind, QualityOfService qualityOfService)
     : queue_(queue),
-      state_(new QueueState{.kind = kind, .label = dispatch_queue_get_label(queue), .queue = queue}),
+      state_(new QueueState{.kind = kind, .label = dispatch_queue_get_label(queue), .handle = queue}),
       qualityOfService_(qualityOfService),
       isOwned_(false) {}
 

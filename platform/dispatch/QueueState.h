@@ -19,8 +19,8 @@ struct QueueState {
 
     Kind kind;
     std::string label;
-    dispatch_queue_t queue = nullptr; ///< The engine's queue, whose state this is.
-    QueueState* target = nullptr;     ///< Kept alive by the engine, which keeps the target queue.
+    dispatch_queue_t handle = nullptr; ///< The engine's queue, whose state this is.
+    QueueState* target = nullptr;      ///< Kept alive by the engine, which keeps the target queue.
 
     // Addresses that stand for the order between blocks, for ThreadSanitizer: exclusive blocks and readers.
     char exclusiveTag = 0;

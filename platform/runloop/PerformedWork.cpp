@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/runloop/PerformedWork.h"
 
+#include "platform/dispatch/ThreadSanitizer.h"
 #include "platform/values/ExceptionStop.h"
 
 #include <utility>
@@ -22,6 +23,8 @@ PerformedWork::PerformedWork(GMainContext* context) : context_(context) {
     source_.reset(g_source_new(&functions, sizeof(Source)));
     reinterpret_cast<Source*>(source_.get())->work = this;
     g_source_set_static_name(source_.get(), "VorlanFoundation performed work");
+    // The context may be turning on another thread already, and GLib's lock is hidden from the tool.
+    sanitizer::release(source_.get());
     g_source_attach(source_.get(), context);
 }
 
@@ -50,6 +53,7 @@ gboolean PerformedWork::prepare(GSource* source, gint* timeout) {
 }
 
 gboolean PerformedWork::check(GSource* source) {
+    sanitizer::acquire(source);
     return reinterpret_cast<Source*>(source)->work->isWaiting() ? TRUE : FALSE;
 }
 

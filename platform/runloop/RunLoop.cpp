@@ -125,9 +125,14 @@ void RunLoop::endThread() {
     currentLoop = nullptr;
 }
 
+// Asked of any loop, so it must not make the main one on the way.
+bool RunLoop::isMain() const {
+    return context() == g_main_context_default();
+}
+
 void RunLoop::requireOwnThread(const char* operation) const {
     if (this == &current()) return;
-    refuse(operation, this == &main() ? "the main thread" : "the thread of the run loop");
+    refuse(operation, isMain() ? "the main thread" : "the thread of the run loop");
 }
 
 int RunLoop::run() {
@@ -145,7 +150,7 @@ void RunLoop::stop(int exitStatus) {
 
 bool RunLoop::runOnce(DispatchTime deadline) {
     requireOwnThread("RunLoop::runOnce");
-    if (this == &main()) Queue::main(); // Attaches itself, if it was not used before.
+    if (isMain()) Queue::main(); // Attaches itself, if it was not used before.
     // One turn in any case: a second one would wait although the first had already taken a wake-up.
     if (deadline <= DispatchTime::now()) return g_main_context_iteration(context(), FALSE) == TRUE;
     if (deadline == DispatchTime::distantFuture()) return g_main_context_iteration(context(), TRUE) == TRUE;

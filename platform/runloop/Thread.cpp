@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Platform/Thread.h>
 
+#include "platform/runloop/KernelThreadName.h"
 #include "platform/values/ExceptionStop.h"
 
 #include <VorlanFoundation/Platform/DispatchTime.h>
 #include <VorlanFoundation/Platform/FatalError.h>
 
-#include <pthread.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstddef>
 #include <mutex>
 #include <thread>
 
@@ -22,15 +20,6 @@ namespace vorlan {
 namespace {
 
 thread_local constinit Thread* currentThread = nullptr;
-
-// The kernel keeps 15 bytes of a name. A character that would be cut is left out.
-void showName(const std::string& name) {
-    constexpr std::size_t longest = 15;
-    auto length = std::min(name.size(), longest);
-    while (length > 0 && length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0) == 0x80)
-        --length;
-    pthread_setname_np(pthread_self(), name.substr(0, length).c_str());
-}
 
 } // namespace
 
@@ -72,7 +61,7 @@ std::string Thread::name() const {
 }
 
 void Thread::setName(std::string name) {
-    if (currentThread == this) showName(name);
+    if (currentThread == this) setKernelThreadName(name);
     const std::lock_guard lock(state_->mutex);
     state_->name.swap(name);
 }
@@ -94,7 +83,7 @@ void Thread::start() {
 
 void Thread::run() {
     currentThread = this;
-    showName(name());
+    setKernelThreadName(name());
     state_->runLoop->beginThread();
     try {
         state_->entry(); // Lets go of what it ran, too.

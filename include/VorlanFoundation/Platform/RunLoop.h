@@ -86,6 +86,7 @@ private:
     static std::unique_ptr<RunLoop> make();
     void beginThread();
     void endThread();
+    bool isMain() const;
     void requireOwnThread(const char* operation) const;
 
     std::unique_ptr<State> state_;

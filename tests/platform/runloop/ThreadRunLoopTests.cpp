@@ -107,11 +107,11 @@ TEST(RunLoopOfThread, WakeUpThatCameBeforeIsNotLost) {
 
 TEST(RunLoopOfThread, ServesAGLibSourceThatIsAttachedToItsContext) {
     Inbox<std::thread::id> ran;
-    const TurningThread thread;
     Inbox<std::thread::id> own;
-    thread.loop().perform([&] { own.put(std::this_thread::get_id()); });
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe(ends.data()), 0);
+    const TurningThread thread;
+    thread.loop().perform([&] { own.put(std::this_thread::get_id()); });
     auto* source = g_unix_fd_source_new(ends[0], G_IO_IN);
     const auto take = [](gint end, GIOCondition, gpointer inbox) -> gboolean {
         char byte = 0;
@@ -122,7 +122,8 @@ TEST(RunLoopOfThread, ServesAGLibSourceThatIsAttachedToItsContext) {
     g_source_set_callback(source, G_SOURCE_FUNC(+take), &ran, nullptr);
     g_source_attach(source, thread.loop().context());
     ASSERT_EQ(write(ends[1], "x", 1), 1);
-    EXPECT_EQ(ran.take(), own.take());
+    const auto ranOn = ran.take();
+    EXPECT_EQ(ranOn, own.take());
     g_source_destroy(source);
     g_source_unref(source);
     close(ends[0]);

@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <VorlanFoundation/Platform/Operation.h>
+
+#include "platform/operations/OperationName.h"
+
+#include <VorlanFoundation/Platform/Describe.h>
+#include <VorlanFoundation/Platform/FatalError.h>
+#include <VorlanFoundation/Platform/Queue.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <iterator>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <unordered_set>
+#include <utility>
+
+namespace vorlan {
+
+namespace {
+
+constexpr std::string_view where = "VorlanFoundation/Operation";
+
+// Who depends on whom is looked at and changed by one thread at a time, over all operations: two that were
+// made to depend on each other at the same time would else both pass the search for cycles.
+std::mutex& graphMutex() {
+    static auto& mutex = *new std::mutex;
+    return mutex;
+}
+
+} // namespace
+
+struct Operation::Dependency {
+    std::shared_ptr<Operation> operation;
+    KeyValueObservation observation;
+    bool isFinished = false;
+};
+
+struct Operation::Core {
+    std::vector<std::shared_ptr<Operation>> dependencies() const {
+        const std::lock_guard lock(mutex);
+        std::vector<std::shared_ptr<Operation>> operations;
+        for (const auto& dependency : waitsFor) operations.push_back(dependency.operation);
+        return operations;
+    }
+
+    std::vector<Dependency> takeDependencies() {
+        const std::lock_guard lock(mutex);
+        return std::exchange(waitsFor, {});
+    }
+
+    bool shouldBeReady() const {
+        return isCancelled || std::ranges::all_of(waitsFor, &Dependency::isFinished);
+    }
+
+    std::atomic<bool> isCancelled = false;
+    std::atomic<bool> isExecuting = false;
+    std::atomic<bool> isFinished = false;
+    std::atomic<bool> isReady = true;
+    std::atomic<bool> wasAddedToQueue = false;
+    std::atomic<bool> hasDependents = false; ///< Changed under the graph's mutex, and never back.
+
+    mutable std::mutex mutex; ///< Guards all below.
+    mutable std::condition_variable completed;
+    std::string name;
+    std::vector<Dependency> waitsFor;
+    std::optional<Work> completionBlock;
+    bool isComplete = false;
+    bool isPublishingReadiness = false;
+};
+
+Operation::Operation() : core_(std::make_unique<Core>()) {}
+
+// A long chain of operations that never ran is taken apart link by link: each link's destructor would
+// otherwise be called by the one before it, as deep as the chain is long.
+Operation::~Operation() {
+    auto links = core_->takeDependencies();
+    while (!links.empty()) {
+        const auto link = std::move(links.back());
+        links.pop_back();
+        if (link.operation.use_count() == 1)
+            std::ranges::move(link.operation->core_->takeDependencies(), std::back_inserter(links));
+    }
+}
+
+void Operation::start() {
+    if (isFinished()) return;
+    if (isCancelled()) return finish(false);
+    if (!isReady()) fatalError(operationName(*this) + " was started before it was ready", where);
+    willChangeValueForKey("isExecuting");
+    if (core_->isExecuting.exchange(true)) fatalError(operationName(*this) + " was started twice", where);
+    didChangeValueForKey("isExecuting");
+    try {
+        main();
+    } catch (...) {
+        finish(true);
+        throw;
+    }
+    finish(true);
+}
+
+void Operation::finish(bool wasExecuting) {
+    if (wasExecuting) willChangeValueForKey("isExecuting");
+    willChangeValueForKey("isFinished");
+    core_->isExecuting = false;
+    core_->isFinished = true;
+    if (wasExecuting) didChangeValueForKey("isExecuting");
+    didChangeValueForKey("isFinished");
+}
+
+void Operation::main() {}
+
+void Operation::cancel() {
+    if (isFinished() || isCancelled()) return;
+    willChangeValueForKey("isCancelled");
+    core_->isCancelled = true;
+    didChangeValueForKey("isCancelled");
+    updateReadiness();
+}
+
+bool Operation::isCancelled() const {
+    return core_->isCancelled;
+}
+
+bool Operation::isReady() const {
+    return core_->isReady;
+}
+
+bool Operation::isExecuting() const {
+    return core_->isExecuting;
+}
+
+bool Operation::isFinished() const {
+    return core_->isFinished;
+}
+
+bool Operation::isAsynchronous() const {
+    return false;
+}
+
+std::string Operation::name() const {
+    const std::lock_guard lock(core_->mutex);
+    return core_->name;
+}
+
+void Operation::setName(std::string name) {
+    const std::lock_guard lock(core_->mutex);
+    core_->name.swap(name);
+}
+
+void Operation::addDependency(std::shared_ptr<Operation> operation) {
+    if (!operation) throw std::invalid_argument("an operation cannot depend on null");
+    auto& other = *operation;
+    {
+        const std::lock_guard graph(graphMutex());
+        if (&other == this || (core_->hasDependents && other.dependsOn(*this)))
+            throw std::invalid_argument(operationName(*this) + " cannot depend on " + operationName(other) +
+                                        ": that waits for it already, and neither could ever start");
+        other.core_->hasDependents = true;
+        auto observation = other.observe("isFinished", [self = weak(this)](const KeyValueChange& change) {
+            const auto& changed = static_cast<const Operation&>(change.object);
+            if (const auto waiting = self.lock(); waiting && changed.isFinished())
+                waiting->dependencyFinished(&changed);
+        });
+        const std::lock_guard lock(core_->mutex);
+        if (core_->isComplete) return;
+        core_->waitsFor.push_back({std::move(operation), std::move(observation)});
+    }
+    // It may have been finished before it was observed.
+    if (other.isFinished()) dependencyFinished(&other);
+    updateReadiness();
+}
+
+// Called under the graph's mutex. Walks without recursion, as chains may be long.
+bool Operation::dependsOn(const Operation& operation) const {
+    std::unordered_set<const Operation*> seen;
+    auto left = core_->dependencies();
+    while (!left.empty()) {
+        const auto next = std::move(left.back());
+        left.pop_back();
+        if (next.get() == &operation) return true;
+        if (!seen.insert(next.get()).second) continue;
+        for (auto& further : next->core_->dependencies()) left.push_back(std::move(further));
+    }
+    return false;
+}
+
+void Operation::removeDependency(const std::shared_ptr<Operation>& operation) {
+    std::vector<Dependency> removed; // Destroyed when the lock is released again.
+    {
+        const std::lock_guard lock(core_->mutex);
+        for (auto& one : std::exchange(core_->waitsFor, {}))
+            (one.operation == operation ? removed : core_->waitsFor).push_back(std::move(one));
+    }
+    updateReadiness();
+}
+
+std::vector<std::shared_ptr<Operation>> Operation::dependencies() const {
+    return core_->dependencies();
+}
+
+void Operation::dependencyFinished(const Operation* operation) {
+    {
+        const std::lock_guard lock(core_->mutex);
+        for (auto& dependency : core_->waitsFor)
+            if (dependency.operation.get() == operation) dependency.isFinished = true;
+    }
+    updateReadiness();
+}
+
+// Publishes readiness when it is not what it should be. One thread does so at a time; another that changes
+// what readiness depends on meanwhile leaves the rest to it.
+void Operation::updateReadiness() {
+    std::unique_lock lock(core_->mutex);
+    if (std::exchange(core_->isPublishingReadiness, true)) return;
+    while (core_->isReady != core_->shouldBeReady()) {
+        lock.unlock();
+        willChangeValueForKey("isReady");
+        lock.lock();
+        core_->isReady = core_->shouldBeReady();
+        lock.unlock();
+        didChangeValueForKey("isReady");
+        lock.lock();
+    }
+    core_->isPublishingReadiness = false;
+}
+
+void Operation::setCompletionBlock(Work block) {
+    std::unique_lock lock(core_->mutex);
+    if (core_->isComplete) {
+        lock.unlock();
+        Queue::global().async(std::move(block));
+    } else {
+        std::optional<Work> replaced(std::move(block)); // Destroyed when the lock is released again.
+        core_->completionBlock.swap(replaced);
+        lock.unlock();
+    }
+}
+
+bool Operation::waitUntilFinished(DispatchTimeInterval limit) const {
+    const auto isComplete = [this] { return core_->isComplete; };
+    std::unique_lock lock(core_->mutex);
+    if (!limit.isNever())
+        return core_->completed.wait_for(lock, std::chrono::nanoseconds(limit.nanoseconds()), isComplete);
+    core_->completed.wait(lock, isComplete);
+    return true;
+}
+
+void Operation::didChangeValueForKey(std::string_view key) {
+    KeyValueObserving::didChangeValueForKey(key);
+    if (key == "isFinished" && isFinished()) complete();
+}
+
+void Operation::complete() {
+    std::vector<Dependency> released; // Destroyed when the lock is released again.
+    std::unique_lock lock(core_->mutex);
+    if (std::exchange(core_->isComplete, true)) return;
+    released.swap(core_->waitsFor);
+    auto block = std::exchange(core_->completionBlock, std::nullopt);
+    core_->completed.notify_all();
+    lock.unlock();
+    if (block) Queue::global().async(std::move(*block));
+}
+
+std::any Operation::valueForKey(std::string_view key) const {
+    if (key == "isReady") return isReady();
+    if (key == "isExecuting") return isExecuting();
+    if (key == "isFinished") return isFinished();
+    if (key == "isCancelled") return isCancelled();
+    return KeyValueObserving::valueForKey(key);
+}
+
+bool Operation::claimForQueue() {
+    return !core_->wasAddedToQueue.exchange(true);
+}
+
+} // namespace vorlan
