@@ -6,6 +6,8 @@
 namespace tour {
 
 bool showExecution();
+bool showPacing();
+bool showOperations();
 bool showObservation();
 bool showNetwork();
 

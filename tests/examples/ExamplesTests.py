@@ -71,7 +71,7 @@ class Tour(unittest.TestCase):
     def test_shows_each_area_without_colours_in_a_pipe(self):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
-        for title in ("Execution", "Observation", "Network"):
+        for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation", "Network"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
         self.assertNotIn("\x1b", result.stdout)
