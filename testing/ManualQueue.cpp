@@ -23,7 +23,7 @@ public:
     void asyncAfter(DispatchTime deadline, Work work, BlockKind) override {
         if (deadline != DispatchTime::distantFuture()) agenda_->add(deadline, std::move(work));
     }
-    std::unique_ptr<TimerProvider> makeTimer() override { return std::make_unique<ManualTimer>(agenda_); }
+    TimerReference makeTimer() override { return TimerReference(new ManualTimer(agenda_)); }
 
     void sync(void (*function)(void*), void* context, BlockKind) override {
         const Turn turn(*this);

@@ -57,10 +57,6 @@ struct ManualTimer::State : std::enable_shared_from_this<State> {
 ManualTimer::ManualTimer(std::shared_ptr<ManualAgenda> agenda)
     : state_(std::make_shared<State>(std::move(agenda))) {}
 
-ManualTimer::~ManualTimer() {
-    cancel();
-}
-
 void ManualTimer::setEventHandler(std::function<void()> handler) {
     auto replacement = std::make_shared<const std::function<void()>>(std::move(handler));
     const std::lock_guard lock(state_->mutex);
@@ -89,11 +85,15 @@ void ManualTimer::suspend() {
 }
 
 void ManualTimer::cancel() {
-    std::shared_ptr<const std::function<void()>> dropped;
     const std::lock_guard lock(state_->mutex);
     ++state_->scheduleNumber;
     state_->next.reset();
-    state_->handler.swap(dropped);
+}
+
+void ManualTimer::release() {
+    setEventHandler(nullptr);
+    cancel();
+    delete this;
 }
 
 } // namespace vorlan::testing

@@ -14,15 +14,17 @@ namespace vorlan::testing {
 class ManualTimer final : public TimerProvider {
 public:
     explicit ManualTimer(std::shared_ptr<ManualAgenda> agenda);
-    ~ManualTimer() override;
 
     void setEventHandler(std::function<void()> handler) override;
     void schedule(const TimerSchedule& schedule) override;
     void resume() override;
     void suspend() override;
     void cancel() override;
+    void release() override;
 
 private:
+    ~ManualTimer() override = default;
+
     struct State;
     std::shared_ptr<State> state_;
 };

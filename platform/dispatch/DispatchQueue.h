@@ -35,7 +35,7 @@ public:
     void async(Work work, BlockKind kind) override;
     void asyncAfter(DispatchTime deadline, Work work, BlockKind kind) override;
     void sync(void (*function)(void*), void* context, BlockKind kind) override;
-    std::unique_ptr<TimerProvider> makeTimer() override;
+    TimerReference makeTimer() override;
 
     /// The engine's side of a queue; one that runs on another provider stops the process.
     static DispatchQueue& of(const Queue& queue);

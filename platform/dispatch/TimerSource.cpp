@@ -4,6 +4,7 @@
 #include <VorlanFoundation/Platform/FatalError.h>
 
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 namespace vorlan {
@@ -12,53 +13,59 @@ namespace {
 constexpr std::string_view where = "VorlanFoundation/TimerSource";
 }
 
-struct TimerSource::State {
-    explicit State(const Queue& timerQueue) : queue(timerQueue), provider(queue.provider()->makeTimer()) {}
-
-    Queue queue;
-    mutable std::mutex mutex;
-    std::unique_ptr<TimerProvider> provider;
-    int suspensions = 1;
-    bool isCancelled = false;
-};
-
-TimerSource::TimerSource(const Queue& queue) : state_(std::make_unique<State>(queue)) {}
+TimerSource::TimerSource(const Queue& queue) : timer_(queue.provider()->makeTimer()) {}
 TimerSource::TimerSource(TimerSource&&) noexcept = default;
 TimerSource& TimerSource::operator=(TimerSource&&) noexcept = default;
 TimerSource::~TimerSource() = default;
 
+TimerProvider& TimerSource::timer() const {
+    if (!timer_) fatalError("used after it was moved from", where);
+    return *timer_;
+}
+
+template <class Action>
+auto TimerSource::change(Action&& action) {
+    const std::lock_guard lock(timer().mutex_);
+    return action(*timer_);
+}
+
 void TimerSource::setEventHandler(std::function<void()> handler) {
-    const std::lock_guard lock(state_->mutex);
-    if (!state_->isCancelled) state_->provider->setEventHandler(std::move(handler));
+    // Without the lock, as are all places where a handler may be destroyed.
+    if (!isCancelled()) timer_->setEventHandler(std::move(handler));
 }
 
 void TimerSource::schedule(const TimerSchedule& schedule) {
     if (schedule.repeating.nanoseconds() <= 0) fatalError("the repeat interval is not above zero", where);
-    const std::lock_guard lock(state_->mutex);
-    if (!state_->isCancelled) state_->provider->schedule(schedule);
+    change([&](TimerProvider& timer) {
+        if (!timer.isCancelled_) timer.schedule(schedule);
+    });
 }
 
 void TimerSource::resume() {
-    const std::lock_guard lock(state_->mutex);
-    if (state_->isCancelled) return;
-    if (state_->suspensions == 0) fatalError("resumed more often than suspended", where);
-    if (--state_->suspensions == 0) state_->provider->resume();
+    change([](TimerProvider& timer) {
+        if (timer.isCancelled_) return;
+        if (timer.suspensions_ == 0) fatalError("resumed more often than suspended", where);
+        if (--timer.suspensions_ == 0) timer.resume();
+    });
 }
 
 void TimerSource::suspend() {
-    const std::lock_guard lock(state_->mutex);
-    if (state_->isCancelled) return;
-    if (++state_->suspensions == 1) state_->provider->suspend();
+    change([](TimerProvider& timer) {
+        if (!timer.isCancelled_ && ++timer.suspensions_ == 1) timer.suspend();
+    });
 }
 
 void TimerSource::cancel() {
-    const std::lock_guard lock(state_->mutex);
-    if (!std::exchange(state_->isCancelled, true)) state_->provider->cancel();
+    const bool isFirst = change([](TimerProvider& timer) {
+        const bool wasCancelled = timer.isCancelled_.exchange(true);
+        if (!wasCancelled) timer.cancel();
+        return !wasCancelled;
+    });
+    if (isFirst) timer_->setEventHandler(nullptr);
 }
 
 bool TimerSource::isCancelled() const {
-    const std::lock_guard lock(state_->mutex);
-    return state_->isCancelled;
+    return timer().isCancelled_;
 }
 
 } // namespace vorlan

@@ -31,7 +31,7 @@ public:
     void sync(void (*function)(void*), void* context, BlockKind) override {
         queue_.sync([&] { function(context); });
     }
-    std::unique_ptr<TimerProvider> makeTimer() override { return queue_.provider()->makeTimer(); }
+    TimerReference makeTimer() override { return queue_.provider()->makeTimer(); }
 
 private:
     vorlan::testing::ManualQueue queue_;

@@ -11,8 +11,10 @@
 #include <VorlanFoundation/Platform/DispatchTime.h>
 #include <VorlanFoundation/Platform/Work.h>
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace vorlan {
@@ -45,27 +47,48 @@ struct TimerSchedule {
 
 /// The engine's side of a `TimerSource`; made suspended.
 ///
-/// Threads: safe from any thread; the owner never resumes or suspends out of balance.
-/// Owns:    the handler, until it is replaced, or until the timer is destroyed and a running event has ended.
+/// Threads: one thread at a time, which its owner sees to; setting the handler from any thread. Events may
+///          come meanwhile.
+/// Owns:    the handler, until it is replaced and a running event has ended; itself, from `release()` on; and
+///          what it needs of its queue.
 class TimerProvider {
 public:
     TimerProvider() = default;
     TimerProvider(const TimerProvider&) = delete;
     TimerProvider& operator=(const TimerProvider&) = delete;
-    /// Cancels; an event that is running ends in its own time, and none begins later.
-    virtual ~TimerProvider() = default;
 
     /// Sets what events call; empty for nothing.
     virtual void setEventHandler(std::function<void()> handler) = 0;
     /// Replaces the schedule.
     virtual void schedule(const TimerSchedule& schedule) = 0;
-    /// Lets events through.
+    /// Lets events through; the timer is suspended.
     virtual void resume() = 0;
-    /// Holds events back.
+    /// Holds events back; the timer is not suspended.
     virtual void suspend() = 0;
     /// Ends the timer for good.
     virtual void cancel() = 0;
+    /// Cancels; an event that is running ends in its own time, none begins later, and then the timer is freed.
+    virtual void release() = 0;
+
+protected:
+    virtual ~TimerProvider() = default;
+
+private:
+    friend class TimerSource;
+
+    // What a `TimerSource` keeps of its timer; here, as that makes one allocation of a timer.
+    std::mutex mutex_;
+    int suspensions_ = 1;
+    std::atomic<bool> isCancelled_ = false; ///< Changed with the mutex held.
 };
+
+/// Lets go of a timer as it has to be.
+struct TimerRelease {
+    void operator()(TimerProvider* timer) const { timer->release(); }
+};
+
+/// The one reference to a timer.
+using TimerReference = std::unique_ptr<TimerProvider, TimerRelease>;
 
 /// The engine's side of a `Queue`.
 ///
@@ -99,7 +122,7 @@ public:
     /// Calls `function(context)` in turn and returns when it has returned.
     virtual void sync(void (*function)(void*), void* context, BlockKind kind) = 0;
     /// Makes a suspended timer whose events run on this queue.
-    virtual std::unique_ptr<TimerProvider> makeTimer() = 0;
+    virtual TimerReference makeTimer() = 0;
 };
 
 } // namespace vorlan

@@ -12,7 +12,6 @@
 #include <VorlanFoundation/Platform/Queue.h>
 
 #include <functional>
-#include <memory>
 
 namespace vorlan {
 
@@ -29,11 +28,11 @@ namespace vorlan {
 ///              never early, and late by the leeway at least when the machine is busy. After `cancel()` on
 ///              the timer's serial queue no event begins; from another thread one that has begun may still be
 ///              running.
-/// Errors:      resuming or suspending out of balance, or a repeat interval that is not above zero, stops the
-///              process with a message.
+/// Errors:      resuming or suspending out of balance, a repeat interval that is not above zero, or use after
+///              the timer was moved from, stops the process with a message.
 class VORLAN_EXPORT TimerSource {
 public:
-    /// Makes a suspended timer for a queue, which is kept alive.
+    /// Makes a suspended timer for a queue, which lives as long as the timer.
     explicit TimerSource(const Queue& queue);
     TimerSource(TimerSource&&) noexcept;
     TimerSource& operator=(TimerSource&&) noexcept;
@@ -59,8 +58,11 @@ public:
     bool isCancelled() const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    TimerProvider& timer() const;
+    template <class Action>
+    auto change(Action&& action);
+
+    TimerReference timer_;
 };
 
 } // namespace vorlan

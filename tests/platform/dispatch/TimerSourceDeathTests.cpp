@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 using namespace vorlan;
 using namespace std::chrono_literals;
@@ -37,4 +38,11 @@ TEST(TimerSourceDeathTest, ExceptionOfAHandlerStopsTheProcessWithItsText) {
             for (;;) queue.sync([] {});
         },
         "an exception left a block on queue 'com.example.ticking': out of ticks");
+}
+
+TEST(TimerSourceDeathTest, UseAfterMoveStopsTheProcessWithAMessage) {
+    TimerSource timer(Queue("timers"));
+    const TimerSource other(std::move(timer));
+    EXPECT_DEATH(timer.resume(), // NOLINT(bugprone-use-after-move): that is what is tested
+                 "VorlanFoundation/TimerSource: Fatal error: used after it was moved from");
 }

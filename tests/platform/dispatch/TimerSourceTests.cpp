@@ -199,3 +199,34 @@ TEST(TimerSource, TimersMayBeMadeAndDroppedFromManyThreads) {
     while (events.use_count() > 1 && queue.now() < deadline) queue.sync([] {});
     EXPECT_EQ(events.use_count(), 1);
 }
+
+TEST(TimerSource, CancellingLetsGoOfTheHandlerWhichMayOwnTheTimer) {
+    struct Owner {
+        explicit Owner(const Queue& queue) : timer(queue) {}
+        TimerSource timer;
+    };
+    auto owner = std::make_shared<Owner>(Queue("timers"));
+    const std::weak_ptr<Owner> weak = owner;
+    owner->timer.setEventHandler([owner] {});
+    auto& timer = owner->timer;
+    owner.reset();
+    EXPECT_FALSE(weak.expired());
+    timer.cancel();
+    EXPECT_TRUE(weak.expired());
+}
+
+TEST(TimerSource, HandlerThatReplacesItselfIsLetGoAfterItsEvent) {
+    const Queue queue("timers");
+    TimerSource timer(queue);
+    const auto value = std::make_shared<int>(1);
+    Inbox<int> events;
+    timer.setEventHandler([&, value] {
+        timer.setEventHandler([&] { events.put(2); });
+        events.put(*value);
+    });
+    timer.schedule({.deadline = queue.now(), .repeating = 1ms});
+    timer.resume();
+    EXPECT_EQ(events.take(), 1);
+    EXPECT_EQ(events.take(), 2);
+    EXPECT_EQ(value.use_count(), 1);
+}
