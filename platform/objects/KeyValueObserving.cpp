@@ -3,8 +3,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <map>
 #include <mutex>
-#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -20,6 +21,7 @@ struct detail::KeyValueObserver {
     KeyValueObserving::Handler handler;
     bool wantsPrior;
     std::weak_ptr<KeyValueRegistry> registry;
+    std::uint64_t number = 0; ///< Among those of the object.
     std::atomic<bool> isValid = true;
 };
 
@@ -35,7 +37,7 @@ struct detail::KeyValueRegistry {
     std::vector<std::shared_ptr<KeyValueObserver>> observersOf(std::string_view key) {
         const std::lock_guard lock(mutex);
         std::vector<std::shared_ptr<KeyValueObserver>> found;
-        for (const auto& observer : observers)
+        for (const auto& [number, observer] : observers)
             if (observer->key == key) found.push_back(observer);
         return found;
     }
@@ -58,16 +60,14 @@ struct detail::KeyValueRegistry {
     }
 
     void remove(const KeyValueObserver& observer) {
-        std::shared_ptr<KeyValueObserver> removed; // Destroyed when the lock is released again.
+        decltype(observers)::node_type removed; // Destroyed when the lock is released again.
         const std::lock_guard lock(mutex);
-        const auto found = std::ranges::find(observers, &observer, &std::shared_ptr<KeyValueObserver>::get);
-        if (found == observers.end()) return;
-        removed = std::move(*found);
-        observers.erase(found);
+        removed = observers.extract(observer.number);
     }
 
     std::mutex mutex;
-    std::vector<std::shared_ptr<KeyValueObserver>> observers;
+    std::map<std::uint64_t, std::shared_ptr<KeyValueObserver>> observers; ///< By the order of registration.
+    std::uint64_t nextNumber = 0;
     std::vector<Announced> announced;
 };
 
@@ -101,7 +101,8 @@ KeyValueObservation KeyValueObserving::observe(std::string key, Handler handler,
     auto observer = std::make_shared<detail::KeyValueObserver>(std::move(key), std::move(handler),
                                                                options.prior, registry_);
     const std::lock_guard lock(registry_->mutex);
-    registry_->observers.push_back(observer);
+    observer->number = registry_->nextNumber++;
+    registry_->observers.emplace(observer->number, observer);
     return KeyValueObservation(std::move(observer));
 }
 

@@ -3,7 +3,6 @@
 
 #include "platform/operations/OperationName.h"
 
-#include <VorlanFoundation/Platform/Describe.h>
 #include <VorlanFoundation/Platform/FatalError.h>
 #include <VorlanFoundation/Platform/Queue.h>
 
@@ -12,6 +11,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <iterator>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -43,18 +43,21 @@ struct Operation::Core {
     std::vector<std::shared_ptr<Operation>> dependencies() const {
         const std::lock_guard lock(mutex);
         std::vector<std::shared_ptr<Operation>> operations;
-        for (const auto& dependency : waitsFor) operations.push_back(dependency.operation);
+        for (const auto& [number, dependency] : waitsFor) operations.push_back(dependency.operation);
         return operations;
     }
 
-    std::vector<Dependency> takeDependencies() {
-        const std::lock_guard lock(mutex);
-        return std::exchange(waitsFor, {});
+    std::vector<std::shared_ptr<Operation>> takeDependencies() {
+        std::unique_lock lock(mutex);
+        const auto taken = std::exchange(waitsFor, {});
+        unfinished = 0;
+        lock.unlock();
+        std::vector<std::shared_ptr<Operation>> operations;
+        for (const auto& [number, dependency] : taken) operations.push_back(dependency.operation);
+        return operations;
     }
 
-    bool shouldBeReady() const {
-        return isCancelled || std::ranges::all_of(waitsFor, &Dependency::isFinished);
-    }
+    bool shouldBeReady() const { return isCancelled || unfinished == 0; }
 
     std::atomic<bool> isCancelled = false;
     std::atomic<bool> isExecuting = false;
@@ -66,7 +69,9 @@ struct Operation::Core {
     mutable std::mutex mutex; ///< Guards all below.
     mutable std::condition_variable completed;
     std::string name;
-    std::vector<Dependency> waitsFor;
+    std::map<std::uint64_t, Dependency> waitsFor; ///< By the order of adding.
+    std::uint64_t nextDependency = 0;
+    std::size_t unfinished = 0; ///< How many of those it waits for are not finished.
     std::optional<Work> completionBlock;
     bool isComplete = false;
     bool isPublishingReadiness = false;
@@ -81,8 +86,8 @@ Operation::~Operation() {
     while (!links.empty()) {
         const auto link = std::move(links.back());
         links.pop_back();
-        if (link.operation.use_count() == 1)
-            std::ranges::move(link.operation->core_->takeDependencies(), std::back_inserter(links));
+        if (link.use_count() == 1)
+            std::ranges::move(link->core_->takeDependencies(), std::back_inserter(links));
     }
 }
 
@@ -154,24 +159,32 @@ void Operation::setName(std::string name) {
 void Operation::addDependency(std::shared_ptr<Operation> operation) {
     if (!operation) throw std::invalid_argument("an operation cannot depend on null");
     auto& other = *operation;
+    std::uint64_t number = 0;
     {
         const std::lock_guard graph(graphMutex());
         if (&other == this || (core_->hasDependents && other.dependsOn(*this)))
             throw std::invalid_argument(operationName(*this) + " cannot depend on " + operationName(other) +
                                         ": that waits for it already, and neither could ever start");
         other.core_->hasDependents = true;
-        auto observation = other.observe("isFinished", [self = weak(this)](const KeyValueChange& change) {
-            const auto& changed = static_cast<const Operation&>(change.object);
-            if (const auto waiting = self.lock(); waiting && changed.isFinished())
-                waiting->dependencyFinished(&changed);
-        });
         const std::lock_guard lock(core_->mutex);
         if (core_->isComplete) return;
-        core_->waitsFor.push_back({std::move(operation), std::move(observation)});
+        number = core_->nextDependency++;
+        core_->waitsFor.emplace(number, Dependency{operation, observeEnd(other, number)});
+        ++core_->unfinished;
     }
     // It may have been finished before it was observed.
-    if (other.isFinished()) dependencyFinished(&other);
-    updateReadiness();
+    if (other.isFinished()) {
+        dependencyFinished(number);
+    } else {
+        updateReadiness();
+    }
+}
+
+KeyValueObservation Operation::observeEnd(Operation& operation, std::uint64_t number) {
+    return operation.observe("isFinished", [self = weak(this), number](const KeyValueChange& change) {
+        if (!static_cast<const Operation&>(change.object).isFinished()) return;
+        if (const auto waiting = self.lock()) waiting->dependencyFinished(number);
+    });
 }
 
 // Called under the graph's mutex. Walks without recursion, as chains may be long.
@@ -192,8 +205,13 @@ void Operation::removeDependency(const std::shared_ptr<Operation>& operation) {
     std::vector<Dependency> removed; // Destroyed when the lock is released again.
     {
         const std::lock_guard lock(core_->mutex);
-        for (auto& one : std::exchange(core_->waitsFor, {}))
-            (one.operation == operation ? removed : core_->waitsFor).push_back(std::move(one));
+        for (auto next = core_->waitsFor.begin(); next != core_->waitsFor.end();) {
+            const auto one = next++;
+            if (one->second.operation != operation) continue;
+            if (!one->second.isFinished) --core_->unfinished;
+            removed.push_back(std::move(one->second));
+            core_->waitsFor.erase(one);
+        }
     }
     updateReadiness();
 }
@@ -202,11 +220,12 @@ std::vector<std::shared_ptr<Operation>> Operation::dependencies() const {
     return core_->dependencies();
 }
 
-void Operation::dependencyFinished(const Operation* operation) {
+void Operation::dependencyFinished(std::uint64_t number) {
     {
         const std::lock_guard lock(core_->mutex);
-        for (auto& dependency : core_->waitsFor)
-            if (dependency.operation.get() == operation) dependency.isFinished = true;
+        const auto found = core_->waitsFor.find(number);
+        if (found == core_->waitsFor.end() || std::exchange(found->second.isFinished, true)) return;
+        --core_->unfinished;
     }
     updateReadiness();
 }
@@ -255,13 +274,12 @@ void Operation::didChangeValueForKey(std::string_view key) {
 }
 
 void Operation::complete() {
-    std::vector<Dependency> released; // Destroyed when the lock is released again.
     std::unique_lock lock(core_->mutex);
     if (std::exchange(core_->isComplete, true)) return;
-    released.swap(core_->waitsFor);
     auto block = std::exchange(core_->completionBlock, std::nullopt);
     core_->completed.notify_all();
     lock.unlock();
+    core_->takeDependencies(); // Let go here.
     if (block) Queue::global().async(std::move(*block));
 }
 

@@ -13,6 +13,7 @@
 #include <VorlanFoundation/Platform/Work.h>
 
 #include <any>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -99,7 +100,8 @@ private:
 
     bool claimForQueue();
     bool dependsOn(const Operation& operation) const;
-    void dependencyFinished(const Operation* operation);
+    KeyValueObservation observeEnd(Operation& operation, std::uint64_t number);
+    void dependencyFinished(std::uint64_t number);
     void updateReadiness();
     void finish(bool wasExecuting);
     void complete();

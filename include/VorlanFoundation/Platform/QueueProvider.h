@@ -83,6 +83,8 @@ private:
 };
 
 /// Lets go of a timer as it has to be.
+///
+/// Threads: one thread at a time.
 struct TimerRelease {
     void operator()(TimerProvider* timer) const { timer->release(); }
 };

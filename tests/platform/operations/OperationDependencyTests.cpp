@@ -258,3 +258,32 @@ TEST(OperationDependency, FinishedByManyThreadsAtOnceMakesTheWaitingOneReadyOnce
         ASSERT_EQ(becameReady, 1);
     }
 }
+
+// With a look at each for each, either of these would take minutes.
+TEST(OperationDependency, OnVeryManyOperationsIsMetInGoodTime) {
+    const auto last = named("last");
+    std::vector<std::shared_ptr<Operation>> others;
+    for (int i = 0; i < 50'000; ++i) {
+        others.push_back(std::make_shared<Operation>());
+        last->addDependency(others.back());
+    }
+    for (const auto& other : others) {
+        ASSERT_FALSE(last->isReady());
+        other->start();
+    }
+    EXPECT_TRUE(last->isReady());
+}
+
+TEST(OperationDependency, OfVeryManyOperationsOnOneIsMetInGoodTime) {
+    const auto first = named("first");
+    std::vector<std::shared_ptr<Operation>> others;
+    for (int i = 0; i < 50'000; ++i) {
+        others.push_back(std::make_shared<Operation>());
+        others.back()->addDependency(first);
+    }
+    first->start();
+    for (const auto& other : others) {
+        ASSERT_TRUE(other->isReady());
+        other->start();
+    }
+}
