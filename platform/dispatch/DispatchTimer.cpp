@@ -82,8 +82,9 @@ void DispatchTimer::release() {
     setEventHandler(nullptr);
     cancel();
     if (isSuspended_) resume();
+    auto* const source = source_;
     sanitizer::release(this);
-    dispatch_release(source_);
+    dispatch_release(source);
 }
 
 } // namespace vorlan
