@@ -73,10 +73,11 @@ private:
     }
 
     void onEvent() {
-        if (const auto tick = beginTick()) {
-            const TickEnd end(*this);
-            (*tick)();
-        }
+        auto begun = beginTick();
+        if (!begun) return;
+        const TickEnd end(*this);
+        const auto tick = std::move(begun); // Let go before the end is told.
+        (*tick)();
     }
 
     Tick beginTick() {

@@ -38,7 +38,16 @@ public:
     /// Puts work down for a deadline, or for now when that is in the past.
     void add(DispatchTime deadline, Work work, Kind kind = Kind::work) {
         const std::lock_guard lock(mutex_);
+        if (isClosed_) return;
         entries_.emplace(std::pair(std::max(deadline, now_), nextNumber_++), Entry{std::move(work), kind});
+    }
+
+    /// Drops all work, and what is still to come.
+    void close() {
+        Entries dropped; // Destroyed when the lock is released again.
+        const std::lock_guard lock(mutex_);
+        isClosed_ = true;
+        entries_.swap(dropped);
     }
 
     /// Takes the first work that is due by `limit`, with the clock at its deadline; when there is none, sets
@@ -65,13 +74,15 @@ private:
         Work work;
         Kind kind;
     };
+    using Entries = std::map<std::pair<DispatchTime, std::uint64_t>, Entry>;
 
     static constexpr DispatchTime start = DispatchTime(0) + std::chrono::seconds(3600);
 
     mutable std::mutex mutex_;
     DispatchTime now_ = start;
     std::uint64_t nextNumber_ = 0;
-    std::map<std::pair<DispatchTime, std::uint64_t>, Entry> entries_;
+    Entries entries_;
+    bool isClosed_ = false;
 };
 
 } // namespace vorlan::testing

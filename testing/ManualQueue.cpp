@@ -37,6 +37,8 @@ public:
         runUntil(now() + interval);
     }
 
+    void close() { agenda_->close(); }
+
     std::size_t pendingCount() const { return agenda_->workCount(); }
 
 private:
@@ -73,7 +75,7 @@ private:
 ManualQueue::ManualQueue() : ManualQueue(std::make_shared<ManualQueueProvider>()) {}
 
 ManualQueue::ManualQueue(std::shared_ptr<ManualQueueProvider> provider)
-    : Queue(provider), manual_(std::move(provider)) {}
+    : Queue(provider), manual_(provider.get(), [provider](ManualQueueProvider* queue) { queue->close(); }) {}
 
 void ManualQueue::advance(DispatchTimeInterval interval) {
     manual_->advance(interval);

@@ -150,6 +150,58 @@ TEST(BatchItemsTrottler, ActionRunsOnTheCallQueue) {
     EXPECT_EQ(count, 1U);
 }
 
+TEST(BatchItemsTrottler, ItemAfterTheDeliveryStartsTheNextDelayWhileTheActionStillWaits) {
+    ManualQueue calls;
+    ManualQueue collecting;
+    std::vector<std::vector<int>> deliveries;
+    BatchItemsTrottler<int> batcher(
+        1s, calls, [&](std::vector<int> items) { deliveries.push_back(std::move(items)); }, collecting);
+    batcher(1);
+    collecting.advance(1s);
+    batcher(2);
+    collecting.advance(1s);
+    EXPECT_THAT(deliveries, IsEmpty());
+    calls.runPending();
+    EXPECT_THAT(deliveries, ElementsAre(ElementsAre(1), ElementsAre(2)));
+}
+
+TEST(BatchItemsTrottler, DeliveryOnItsWayToTheCallQueueIsMadeAlsoWhenTheBatcherIsDropped) {
+    ManualQueue calls;
+    ManualQueue collecting;
+    std::size_t count = 0;
+    std::optional<BatchItemsTrottler<int>> batcher(
+        std::in_place, 1s, calls, [&](const std::vector<int>& items) { count = items.size(); }, collecting);
+    (*batcher)(1);
+    collecting.advance(1s);
+    batcher.reset();
+    calls.runPending();
+    EXPECT_EQ(count, 1U);
+}
+
+TEST(BatchItemsTrottler, DroppedOneLetsGoOfItsActionOnceItsLastDeliveryIsMade) {
+    ManualQueue queue;
+    const auto value = std::make_shared<int>(1);
+    std::optional<BatchItemsTrottler<int>> batcher(
+        std::in_place, 1s, queue, [value](const std::vector<int>&) {}, queue);
+    (*batcher)(1);
+    queue.runPending();
+    batcher.reset();
+    EXPECT_EQ(value.use_count(), 2);
+    queue.advance(1s);
+    EXPECT_EQ(value.use_count(), 1);
+}
+
+TEST(BatchItemsTrottler, ItemsAreLetGoAfterTheAction) {
+    ManualQueue queue;
+    const auto item = std::make_shared<int>(1);
+    BatchItemsTrottler<std::shared_ptr<int>> batcher(
+        1s, queue, [](const std::vector<std::shared_ptr<int>>&) {}, queue);
+    batcher(item);
+    EXPECT_EQ(item.use_count(), 2);
+    queue.advance(1s);
+    EXPECT_EQ(item.use_count(), 1);
+}
+
 TEST(BatchItemsTrottlerSmoke, ItemsOfManyThreadsArriveOnceAndInTheOrderOfEach) {
     constexpr int each = 5'000;
     struct Item {

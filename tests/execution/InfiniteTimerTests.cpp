@@ -1,28 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Execution/InfiniteTimer.h>
 
-#include "tests/support/Inbox.h"
-
-#include <VorlanFoundation/Platform/Thread.h>
 #include <VorlanFoundation/Testing/ManualQueue.h>
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
-#include <latch>
+#include <limits>
 #include <memory>
 #include <optional>
-#include <random>
-#include <string>
-#include <thread>
 #include <utility>
-#include <vector>
 
 using namespace vorlan;
 using namespace std::chrono_literals;
-using support::Inbox;
 using vorlan::testing::ManualQueue;
 
 namespace {
@@ -86,6 +78,23 @@ TEST_F(InfiniteTimerByHand, DeadlineInThePastMeansAtOnce) {
     EXPECT_EQ(ticks, 1);
 }
 
+TEST_F(InfiniteTimerByHand, DeadlineBeyondTheEndsOfTheClockIsCutToThem) {
+    constexpr std::numeric_limits<std::int64_t> seconds;
+    InfiniteTimer never({.deadline = seconds.max(), .pollInterval = 1}, queue);
+    InfiniteTimer atOnce({.deadline = seconds.min(), .pollInterval = 0}, queue);
+    never.start([] { FAIL() << "ticked before its deadline"; });
+    atOnce.start(count());
+    queue.advance(std::chrono::seconds(3'000'000'000));
+    EXPECT_EQ(ticks, 1);
+}
+
+TEST_F(InfiniteTimerByHand, LongestIntervalThatTheClockCanTellDoesNotTrap) {
+    InfiniteTimer timer({.deadline = 0, .pollInterval = 9.2e9}, queue);
+    timer.start(count());
+    queue.advance(3600s);
+    EXPECT_EQ(ticks, 1);
+}
+
 TEST_F(InfiniteTimerByHand, StartedAfterItsDeadlineTicksAtOnceAndKeepsToItsSchedule) {
     InfiniteTimer timer({.deadline = 1, .pollInterval = 1}, queue);
     queue.advance(3500ms);
@@ -116,6 +125,40 @@ TEST_F(InfiniteTimerByHand, ReplacedTickIsLetGoAtOnce) {
     EXPECT_EQ(value.use_count(), 2);
     timer.start(count());
     EXPECT_EQ(value.use_count(), 1);
+}
+
+TEST_F(InfiniteTimerByHand, StartAndStopMoveNoTick) {
+    InfiniteTimer timer({.deadline = 1, .pollInterval = 1}, queue);
+    for (int i = 0; i < 9; ++i) {
+        queue.advance(300ms);
+        timer.start(count());
+        timer.stop();
+        timer.start(count());
+    }
+    EXPECT_EQ(ticks, 2) << "at one second and at two, by 2.7 seconds";
+    queue.advance(299ms);
+    EXPECT_EQ(ticks, 2);
+    queue.advance(1ms);
+    EXPECT_EQ(ticks, 3);
+}
+
+TEST_F(InfiniteTimerByHand, ManyTicksMissedWhileStoppedAreJoinedIntoOne) {
+    InfiniteTimer timer({.deadline = 0, .pollInterval = 0.001}, queue);
+    queue.advance(60s);
+    timer.start(count());
+    queue.runPending();
+    EXPECT_EQ(ticks, 1);
+}
+
+TEST_F(InfiniteTimerByHand, OneTickMissedWhileStoppedComesAndNoSecond) {
+    InfiniteTimer timer({.deadline = 1, .pollInterval = 0}, queue);
+    timer.start(count());
+    timer.stop();
+    queue.advance(10s);
+    EXPECT_EQ(ticks, 0);
+    timer.start(count());
+    queue.advance(10s);
+    EXPECT_EQ(ticks, 1);
 }
 
 TEST_F(InfiniteTimerByHand, StoppedTimerDoesNotTickAndKeepsItsSchedule) {
@@ -193,6 +236,33 @@ TEST_F(InfiniteTimerByHand, TickMayStopAndReplaceItself) {
     EXPECT_EQ(ticks, 3);
 }
 
+TEST_F(InfiniteTimerByHand, TickThatReplacesItselfKeepsWhatItHoldsUntilItEnds) {
+    InfiniteTimer timer({.deadline = 0, .pollInterval = 1}, queue);
+    const auto value = std::make_shared<int>(1);
+    timer.start([&, value] {
+        timer.start(count());
+        ticks += *value;
+    });
+    queue.runPending();
+    EXPECT_EQ(ticks, 1);
+    EXPECT_EQ(value.use_count(), 1);
+    queue.advance(1s);
+    EXPECT_EQ(ticks, 2);
+}
+
+TEST_F(InfiniteTimerByHand, TickMayAssignToItsTimer) {
+    InfiniteTimer timer({.deadline = 0, .pollInterval = 1}, queue);
+    int later = 0;
+    timer.start([&] {
+        ++ticks;
+        timer = InfiniteTimer({.deadline = 1, .pollInterval = 1}, queue);
+        timer.start([&] { ++later; });
+    });
+    queue.advance(3s);
+    EXPECT_EQ(ticks, 1);
+    EXPECT_EQ(later, 3);
+}
+
 TEST_F(InfiniteTimerByHand, MovedTimerGoesOnAndAssigningDropsTheOneThatWasThere) {
     int dropped = 0;
     InfiniteTimer first({.deadline = 0, .pollInterval = 1}, queue);
@@ -206,6 +276,15 @@ TEST_F(InfiniteTimerByHand, MovedTimerGoesOnAndAssigningDropsTheOneThatWasThere)
     queue.advance(5s);
     EXPECT_EQ(ticks, 7);
     EXPECT_EQ(dropped, 0);
+}
+
+TEST_F(InfiniteTimerByHand, AssignedToItselfGoesOn) {
+    InfiniteTimer timer({.deadline = 0, .pollInterval = 1}, queue);
+    auto& same = timer;
+    timer.start(count());
+    timer = std::move(same);
+    queue.advance(1s);
+    EXPECT_EQ(ticks, 2);
 }
 
 TEST_F(InfiniteTimerByHand, IsDrivenThroughTickTockableAlone) {
@@ -232,75 +311,4 @@ TEST_F(InfiniteTimerByHand, IntervalShorterThanTheClockCanTellDoesNotTrap) {
     timer.start(count());
     queue.advance(5ns);
     EXPECT_EQ(ticks, 6);
-}
-
-TEST(InfiniteTimerSmoke, TicksInTheBackgroundOneAtATimeAndNeverEarly) {
-    Inbox<std::pair<bool, DispatchTime>> ticks;
-    const auto start = DispatchTime::now();
-    InfiniteTimer timer({.deadline = 0, .pollInterval = 0.02});
-    timer.start([&] { ticks.put({Thread::isMainThread(), DispatchTime::now()}); });
-    for (int i = 0; i < 5; ++i) {
-        const auto tick = ticks.take();
-        ASSERT_TRUE(tick);
-        EXPECT_FALSE(tick->first);
-        EXPECT_GE(tick->second, start + std::chrono::milliseconds(20 * i));
-    }
-}
-
-TEST(InfiniteTimerSmoke, DroppingWaitsForARunningTickOfAnotherThread) {
-    std::latch isTicking(1);
-    std::latch mayEnd(1);
-    std::atomic<bool> hasEnded = false;
-    std::optional<InfiniteTimer> timer(std::in_place, InfiniteTimer::Schedule{0, 0.0});
-    timer->start([&] {
-        isTicking.count_down();
-        mayEnd.wait();
-        hasEnded = true;
-    });
-    isTicking.wait();
-    const std::jthread releaser([&] { mayEnd.count_down(); });
-    timer.reset();
-    EXPECT_TRUE(hasEnded);
-}
-
-TEST(InfiniteTimerSmoke, WhatATickRefersToMayBeFreedOnTheLineAfterTheDrop) {
-    for (int round = 0; round < 2'000; ++round) {
-        auto value = std::make_unique<std::atomic<int>>(0);
-        std::optional<InfiniteTimer> timer(std::in_place, InfiniteTimer::Schedule{0, 0.00002});
-        timer->start([&counter = *value] { ++counter; });
-        if (round % 4 == 0)
-            while (*value == 0) std::this_thread::yield();
-        if (round % 3 == 0) timer->stop();
-        timer.reset();
-        value.reset();
-    }
-}
-
-TEST(InfiniteTimerSmoke, StartsAndStopsFromManyThreadsInAnyOrderDoNotTrap) {
-    const auto seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::atomic<int> ticks = 0;
-    {
-        InfiniteTimer timer({.deadline = 0, .pollInterval = 0.00005});
-        std::vector<std::jthread> threads;
-        for (unsigned t = 0; t < 4; ++t)
-            threads.emplace_back([&, t] {
-                std::minstd_rand random(seed + t);
-                for (int i = 0; i < 2'000; ++i) {
-                    if (random() % 2 == 0) {
-                        timer.start([&] { ++ticks; });
-                    } else {
-                        timer.stop();
-                    }
-                }
-            });
-        threads.clear();
-        timer.start([&] { ++ticks; });
-        const int before = ticks;
-        while (ticks == before) std::this_thread::yield();
-    }
-    const int atDrop = ticks;
-    Inbox<int> later;
-    Queue::global(QualityOfService::userInitiated).asyncAfter(5ms, [&] { later.put(ticks); });
-    EXPECT_EQ(later.take(), atDrop);
 }

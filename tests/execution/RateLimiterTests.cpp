@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The four rate limiters on time lines: calls at, runs at, with which argument. First by tables, then by random
-// calls beside a small model of each one's rule.
+// The four rate limiters on time lines: calls at, runs at, with which argument.
 
 #include "tests/execution/TimeLine.h"
 
@@ -9,16 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <functional>
-#include <memory>
-#include <optional>
 #include <ostream>
-#include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 using namespace vorlan;
@@ -117,125 +110,6 @@ const std::vector<Row> rows{
     {"BatcherAtOneInstant", playBatcher, 100ms, "0:a 0:b", "100:ab"},
 };
 
-// Each model knows the rule of one limiter: what is called, and what runs while time goes by until `now`.
-struct Model {
-    virtual ~Model() = default;
-    virtual void call(Time now, const std::string& name) = 0;
-    virtual void pass(Time now) = 0;
-
-    const Time span;
-    TimeLine runs{};
-
-protected:
-    explicit Model(Time time) : span(time) {}
-};
-
-struct ThrottlerModel final : Model {
-    explicit ThrottlerModel(Time time) : Model(time) {}
-    void call(Time now, const std::string& name) override {
-        const bool isFar =
-            !previousRun || std::chrono::round<std::chrono::milliseconds>(now - *previousRun) > span;
-        job = {{now + (isFar ? Time(0) : span), name}};
-    }
-    void pass(Time now) override {
-        if (!job || job->time > now) return;
-        runs.push_back(*job);
-        previousRun = job->time;
-        job.reset();
-    }
-    std::optional<Time> previousRun{};
-    std::optional<timeline::Event> job{};
-};
-
-struct SamplerModel final : Model {
-    explicit SamplerModel(Time time) : Model(time) {}
-    void call(Time now, const std::string& name) override {
-        if (delayEnd) {
-            stored = name;
-        } else {
-            run(now, name);
-        }
-    }
-    void pass(Time now) override {
-        while (delayEnd && *delayEnd <= now) {
-            const auto end = *std::exchange(delayEnd, std::nullopt);
-            if (const auto next = std::exchange(stored, std::nullopt)) run(end, *next);
-        }
-    }
-    void run(Time now, const std::string& name) {
-        runs.push_back({now, name});
-        delayEnd = now + span;
-    }
-    std::optional<Time> delayEnd{};
-    std::optional<std::string> stored{};
-};
-
-struct DebounceModel final : Model {
-    explicit DebounceModel(Time time) : Model(time) {}
-    void call(Time now, const std::string& name) override { last = {{now + span, name}}; }
-    void pass(Time now) override {
-        if (last && last->time <= now) runs.push_back(*std::exchange(last, std::nullopt));
-    }
-    std::optional<timeline::Event> last{};
-};
-
-struct BatcherModel final : Model {
-    explicit BatcherModel(Time time) : Model(time) {}
-    void call(Time now, const std::string& name) override {
-        if (!batch) batch = {{now + span, ""}};
-        batch->name += name;
-    }
-    void pass(Time now) override {
-        if (batch && batch->time <= now) runs.push_back(*std::exchange(batch, std::nullopt));
-    }
-    std::optional<timeline::Event> batch{};
-};
-
-// Gaps of all kinds about a span: none, tiny, nearly it, it, a little more, and any. Never do they add up to half
-// a millisecond, which the calendar's fractions of a second do not hold exactly.
-TimeLine randomCalls(std::minstd_rand& random, Time span) {
-    TimeLine calls;
-    Time now(0);
-    for (auto count = 1 + random() % 30; count > 0; --count) {
-        const std::array<Time, 7> gaps{0us,
-                                       1ms,
-                                       span - 1ms,
-                                       span,
-                                       span + 1ms,
-                                       Time(1000 * (random() % 1000)),
-                                       Time(1000 * (random() % 100) + 200 * (random() % 5))};
-        now += gaps[random() % gaps.size()];
-        calls.push_back({now, std::string(1, static_cast<char>('a' + calls.size() % 26))});
-    }
-    return calls;
-}
-
-template <class Model>
-TimeLine runsOfModel(Time span, const TimeLine& calls) {
-    Model model(span);
-    Time now(0);
-    for (const auto& [time, name] : calls) {
-        if (time > now) model.pass(now = time);
-        model.call(now, name);
-    }
-    model.pass(now + 3600s);
-    return model.runs;
-}
-
-template <class Model>
-void compareWithModel(Play play) {
-    constexpr int schedules = 10'000;
-    const auto seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::minstd_rand random(seed);
-    for (int i = 0; i < schedules; ++i) {
-        const Time span = std::chrono::milliseconds(2 + random() % 500);
-        const auto calls = randomCalls(random, span);
-        ASSERT_EQ(text(play(span, calls)), text(runsOfModel<Model>(span, calls)))
-            << "of " << milliseconds(span) << " ms: " << text(calls);
-    }
-}
-
 } // namespace
 
 TEST_P(RateLimiterTable, RunsAtTheTimesAndWithTheArgumentsOfTheTimeLine) {
@@ -245,19 +119,3 @@ TEST_P(RateLimiterTable, RunsAtTheTimesAndWithTheArgumentsOfTheTimeLine) {
 
 INSTANTIATE_TEST_SUITE_P(TimeLine, RateLimiterTable, ::testing::ValuesIn(rows),
                          [](const auto& row) { return row.param.name; });
-
-TEST(RateLimiterModel, ThrottlerFollowsItsRuleOnRandomSchedules) {
-    compareWithModel<ThrottlerModel>(playThrottler);
-}
-
-TEST(RateLimiterModel, SamplerFollowsItsRuleOnRandomSchedules) {
-    compareWithModel<SamplerModel>(playSampler);
-}
-
-TEST(RateLimiterModel, DebouncedFunctionFollowsItsRuleOnRandomSchedules) {
-    compareWithModel<DebounceModel>(playDebounce);
-}
-
-TEST(RateLimiterModel, BatchItemsTrottlerFollowsItsRuleOnRandomSchedules) {
-    compareWithModel<BatcherModel>(playBatcher);
-}

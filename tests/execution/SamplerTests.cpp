@@ -84,6 +84,27 @@ TEST_F(SamplerByHand, DroppedDuringADelayRunsNoStoredBlock) {
     EXPECT_EQ(runs, "a") << "what was submitted runs, what was stored does not";
 }
 
+TEST_F(SamplerByHand, AssigningDropsTheStoredBlock) {
+    call('a');
+    call('x');
+    sampler = Sampler(100ms, queue);
+    call('b');
+    queue.advance(10s);
+    EXPECT_EQ(runs, "ab");
+}
+
+TEST_F(SamplerByHand, BlockMayFillTheDelayThatItStarted) {
+    sampler.sample([this] {
+        runs += 'a';
+        call('x');
+        call('b');
+    });
+    queue.advance(99ms);
+    EXPECT_EQ(runs, "a");
+    queue.advance(1ms);
+    EXPECT_EQ(runs, "ab");
+}
+
 TEST_F(SamplerByHand, ReplacedBlockIsLetGoAtOnce) {
     const auto value = std::make_shared<int>(1);
     call('a');

@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace vorlan;
@@ -121,6 +122,20 @@ TEST(ManualQueue, WorkThatHasNotRunGoesWithTheQueue) {
         timer.setEventHandler([captured] {});
     }
     EXPECT_EQ(captured.use_count(), 1);
+}
+
+TEST(ManualQueue, WorkThatHoldsTheQueueGoesWithTheLastCopyToo) {
+    const auto value = std::make_shared<int>(1);
+    std::optional<ManualQueue> queue(std::in_place);
+    std::optional<ManualQueue> copy(queue);
+    const Queue handle = *queue;
+    handle.asyncAfter(1s, [value, handle] {});
+    queue.reset();
+    EXPECT_EQ(value.use_count(), 2);
+    copy.reset();
+    EXPECT_EQ(value.use_count(), 1);
+    handle.async([value] {});
+    EXPECT_EQ(value.use_count(), 1);
 }
 
 TEST(ManualQueue, TimersKeepToTheGridOfTheirFirstDeadline) {

@@ -25,7 +25,8 @@ class ManualQueueProvider;
 /// where it was, if that was later).
 ///
 /// Threads:     submitting is safe from any thread; `advance` and `runPending` are for one thread at a time.
-/// Owns:        the work that was submitted and has not run.
+/// Owns:        the work that was submitted and has not run, until the last copy is gone: then nobody can turn
+///              the queue any more, and the work is dropped, also where it holds a handle of the queue.
 /// Re-entrancy: a block may submit work and make timers; what falls due within the span being advanced runs
 ///              too. A block must not advance its own queue; that stops the process with a message.
 /// Time:        a clock of its own that begins at one hour and moves only by `advance`, and a calendar that
