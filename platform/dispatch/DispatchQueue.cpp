@@ -76,9 +76,11 @@ bool engineCountsUptime() {
 // The engine delays ordinary blocks only: one that is due submits itself as a barrier.
 void submitBarrier(void* context) {
     sanitizer::acquire(context);
-    const auto* state = static_cast<QueueState*>(static_cast<detail::WorkNode*>(context)->queue);
+    auto* const state = static_cast<QueueState*>(static_cast<detail::WorkNode*>(context)->queue);
+    auto* const queue = state->handle;
+    sanitizer::release(state);
     sanitizer::release(context);
-    dispatch_barrier_async_f(state->handle, context, runAsynchronous<BlockKind::barrier>);
+    dispatch_barrier_async_f(queue, context, runAsynchronous<BlockKind::barrier>);
 }
 
 void* prepare(Work& work, QueueState& queue) {

@@ -2,13 +2,13 @@
 #include <VorlanFoundation/Platform/Operation.h>
 
 #include "platform/operations/OperationName.h"
+#include "platform/values/LimitedWait.h"
 
 #include <VorlanFoundation/Platform/FatalError.h>
 #include <VorlanFoundation/Platform/Queue.h>
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <iterator>
 #include <map>
@@ -235,14 +235,21 @@ void Operation::dependencyFinished(std::uint64_t number) {
 void Operation::updateReadiness() {
     std::unique_lock lock(core_->mutex);
     if (std::exchange(core_->isPublishingReadiness, true)) return;
-    while (core_->isReady != core_->shouldBeReady()) {
-        lock.unlock();
-        willChangeValueForKey("isReady");
+    try {
+        while (core_->isReady != core_->shouldBeReady()) {
+            lock.unlock();
+            willChangeValueForKey("isReady");
+            lock.lock();
+            core_->isReady = core_->shouldBeReady();
+            lock.unlock();
+            didChangeValueForKey("isReady");
+            lock.lock();
+        }
+    } catch (...) { // An observer's: it is as ready as it should be all the same.
         lock.lock();
         core_->isReady = core_->shouldBeReady();
-        lock.unlock();
-        didChangeValueForKey("isReady");
-        lock.lock();
+        core_->isPublishingReadiness = false;
+        throw;
     }
     core_->isPublishingReadiness = false;
 }
@@ -260,12 +267,8 @@ void Operation::setCompletionBlock(Work block) {
 }
 
 bool Operation::waitUntilFinished(DispatchTimeInterval limit) const {
-    const auto isComplete = [this] { return core_->isComplete; };
     std::unique_lock lock(core_->mutex);
-    if (!limit.isNever())
-        return core_->completed.wait_for(lock, std::chrono::nanoseconds(limit.nanoseconds()), isComplete);
-    core_->completed.wait(lock, isComplete);
-    return true;
+    return waitUntil(core_->completed, lock, limit, [this] { return core_->isComplete; });
 }
 
 void Operation::didChangeValueForKey(std::string_view key) {

@@ -3,6 +3,7 @@
 
 #include "platform/runloop/KernelThreadName.h"
 #include "platform/values/ExceptionStop.h"
+#include "platform/values/LimitedWait.h"
 
 #include <VorlanFoundation/Platform/DispatchTime.h>
 #include <VorlanFoundation/Platform/FatalError.h>
@@ -10,7 +11,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -115,12 +115,9 @@ bool Thread::isFinished() const {
 }
 
 bool Thread::waitUntilFinished(DispatchTimeInterval limit) const {
-    const auto isFinished = [this] { return state_->phase == State::Phase::finished; };
     std::unique_lock lock(state_->mutex);
-    if (!limit.isNever())
-        return state_->changed.wait_for(lock, std::chrono::nanoseconds(limit.nanoseconds()), isFinished);
-    state_->changed.wait(lock, isFinished);
-    return true;
+    return waitUntil(state_->changed, lock, limit,
+                     [this] { return state_->phase == State::Phase::finished; });
 }
 
 RunLoop& Thread::runLoop() const {

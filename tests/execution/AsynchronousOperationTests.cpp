@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Execution/AsynchronousOperation.h>
 
+#include "tests/support/Inbox.h"
+
 #include <VorlanFoundation/Platform/OperationQueue.h>
 
 #include <gmock/gmock.h>
@@ -18,6 +20,7 @@
 #include <vector>
 
 using namespace vorlan;
+using support::Inbox;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using State = AsynchronousOperation::State;
@@ -148,25 +151,97 @@ TEST(AsynchronousOperation, EqualStatesAreAnnouncedTwiceAndReportedTwice) {
 
 TEST(AsynchronousOperation, EveryChangeOfStateAnnouncesTheOldThenTheNewAndReportsTheNewThenTheOld) {
     constexpr std::array states{State::ready, State::executing, State::finished};
+    // Readiness is that of the dependencies, whatever the state.
+    const auto valueIn = [](State key, State state) {
+        return std::string(key == State::ready || key == state ? "1" : "0");
+    };
     for (const auto from : states)
         for (const auto to : states) {
             const auto operation = std::make_shared<AsynchronousOperation>();
             operation->setState(from);
-            std::vector<std::string> heard;
-            std::vector<KeyValueObservation> observations;
-            for (const auto state : states)
-                observations.push_back(operation->observe(
-                    std::string(rawValue(state)),
-                    [&](const KeyValueChange& change) {
-                        heard.push_back((change.isPrior ? "will " : "did ") + std::string(change.key));
-                    },
-                    {.prior = true}));
+            Listener listener(*operation);
             operation->setState(to);
-            const std::string oldKey(rawValue(from));
-            const std::string newKey(rawValue(to));
-            EXPECT_THAT(heard,
-                        ElementsAre("will " + oldKey, "will " + newKey, "did " + newKey, "did " + oldKey));
+            const auto will = [&](State key) {
+                return "will " + std::string(rawValue(key)) + " " + valueIn(key, from);
+            };
+            const auto did = [&](State key) {
+                return "did " + std::string(rawValue(key)) + " " + valueIn(key, from) + ">" +
+                       valueIn(key, to);
+            };
+            EXPECT_EQ(operation->state(), to);
+            EXPECT_THAT(listener.take(), ElementsAre(will(from), will(to), did(to), did(from)));
         }
+}
+
+TEST(AsynchronousOperation, ObserversAreToldOnTheThreadThatSetsTheState) {
+    const auto operation = std::make_shared<Download>();
+    operation->start();
+    std::thread::id told;
+    const auto observation =
+        operation->observe("isFinished", [&](const KeyValueChange&) { told = std::this_thread::get_id(); });
+    std::thread other([&] { operation->finish(); });
+    const auto expected = other.get_id();
+    other.join();
+    EXPECT_EQ(told, expected);
+    EXPECT_TRUE(operation->waitUntilFinished());
+}
+
+TEST(AsynchronousOperation, CancelledBetweenItsStartAndItsMainIsFinishedByItsMain) {
+    const auto operation = std::make_shared<Download>();
+    const auto cancelling =
+        operation->observe("isReady", [&](const KeyValueChange&) { operation->cancel(); });
+    Listener listener(*operation);
+    operation->start();
+    EXPECT_EQ(operation->begun, 1);
+    EXPECT_EQ(operation->state(), State::finished);
+    EXPECT_THAT(listener.take(),
+                ElementsAre("will isReady 1", "will isReady 1", "did isReady 1>1", "did isReady 1>1",
+                            "will isReady 1", "will isFinished 0", "did isFinished 0>1", "did isReady 1>1"));
+}
+
+TEST(AsynchronousOperation, CancelledWhileItIsExecutingGoesOnUntilItIsFinished) {
+    const auto operation = std::make_shared<Download>();
+    operation->start();
+    Listener listener(*operation);
+    operation->cancel();
+    EXPECT_TRUE(operation->isCancelled());
+    EXPECT_TRUE(operation->isExecuting());
+    EXPECT_THAT(listener.take(), IsEmpty());
+    operation->finish();
+    EXPECT_TRUE(operation->isFinished());
+    EXPECT_TRUE(operation->isCancelled());
+}
+
+TEST(AsynchronousOperation, MayBeFinishedWithinItsMain) {
+    class Instant : public AsynchronousOperation {
+        void main() override {
+            AsynchronousOperation::main();
+            finish();
+        }
+    };
+    const auto operation = std::make_shared<Instant>();
+    Listener listener(*operation);
+    operation->start();
+    EXPECT_EQ(operation->state(), State::finished);
+    EXPECT_THAT(listener.take(),
+                ElementsAre("will isReady 1", "will isReady 1", "did isReady 1>1", "did isReady 1>1",
+                            "will isReady 1", "will isExecuting 0", "did isExecuting 0>1", "did isReady 1>1",
+                            "will isExecuting 1", "will isFinished 0", "did isFinished 0>1",
+                            "did isExecuting 1>0"));
+}
+
+TEST(AsynchronousOperation, CompletionBlockRunsOnceHoweverOftenItIsFinished) {
+    Inbox<bool> ran;
+    const auto held = std::make_shared<int>(0);
+    const auto operation = std::make_shared<AsynchronousOperation>();
+    operation->setCompletionBlock([&ran, held] { ran.put(true); });
+    for (int i = 0; i < 3; ++i) {
+        operation->setState(State::ready);
+        operation->finish();
+    }
+    EXPECT_TRUE(ran.take());
+    operation->setCompletionBlock([&ran] { ran.put(false); });
+    EXPECT_EQ(ran.take(), false) << "nothing came between the first block and one that was set later";
 }
 
 TEST(AsynchronousOperation, IsAsynchronousAtEveryState) {
@@ -189,6 +264,29 @@ TEST(AsynchronousOperation, ReadinessStaysThatOfItsDependencies) {
     EXPECT_FALSE(second->isReady());
     first->finish();
     EXPECT_TRUE(second->isReady());
+}
+
+TEST(AsynchronousOperation, StartDoesNotAskWhetherItIsReady) {
+    const auto operation = std::make_shared<Download>();
+    operation->addDependency(std::make_shared<AsynchronousOperation>());
+    Listener listener(*operation);
+    operation->start();
+    EXPECT_EQ(operation->state(), State::executing);
+    EXPECT_THAT(listener.take(), ElementsAre("will isReady 0", "will isReady 0", "did isReady 0>0",
+                                             "did isReady 0>0", "will isReady 0", "will isExecuting 0",
+                                             "did isExecuting 0>1", "did isReady 0>0"));
+}
+
+TEST(AsynchronousOperation, StartOfAFinishedOneBeginsItsWorkAgain) {
+    const auto operation = std::make_shared<Download>();
+    operation->finish();
+    Listener listener(*operation);
+    operation->start();
+    EXPECT_EQ(operation->begun, 1);
+    EXPECT_EQ(operation->state(), State::executing);
+    EXPECT_THAT(listener.take(), ElementsAre("will isFinished 1", "will isReady 1", "did isReady 1>1",
+                                             "did isFinished 1>0", "will isReady 1", "will isExecuting 0",
+                                             "did isExecuting 0>1", "did isReady 1>1"));
 }
 
 TEST(AsynchronousOperation, QueueHearsThatItIsFinishedFromAnotherThread) {

@@ -6,7 +6,10 @@
 
 #include <any>
 #include <atomic>
+#include <barrier>
+#include <chrono>
 #include <functional>
+#include <latch>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -43,6 +46,16 @@ public:
 private:
     std::atomic<int> volume_ = 0;
     std::string title_;
+};
+
+// Has a value of its own for each thread, so that it can be told whose value an observer was given.
+class Meter : public KeyValueObserving {
+public:
+    static void set(int value) { value_ = value; }
+    std::any valueForKey(std::string_view) const override { return value_; }
+
+private:
+    static inline thread_local int value_ = 0;
 };
 
 std::string textOf(const std::any& value) {
@@ -104,6 +117,16 @@ TEST(KeyValueObserving, KeyWithoutAValueIsToldWithoutValues) {
     player->willChangeValueForKey("colour");
     player->didChangeValueForKey("colour");
     EXPECT_THAT(log, ElementsAre("did colour ->-"));
+}
+
+TEST(KeyValueObserving, ObserverThatCameAfterTheAnnouncementIsToldWithoutAnOldValue) {
+    const auto player = std::make_shared<Player>();
+    std::vector<std::string> log;
+    player->willChangeValueForKey("volume");
+    const auto observation = player->observe("volume", writeInto(log), {.prior = true});
+    player->didChangeValueForKey("volume");
+    player->setVolume(3);
+    EXPECT_THAT(log, ElementsAre("did volume ->0", "will volume 0>-", "did volume 0>3"));
 }
 
 TEST(KeyValueObserving, TellsWhoseChangeItIs) {
@@ -197,43 +220,115 @@ TEST(KeyValueObserving, HandlerMayChangeProperties) {
     EXPECT_THAT(log, ElementsAre("did title >quiet"));
 }
 
-TEST(KeyValueObserving, ExceptionOfAHandlerReachesWhoMadeTheChange) {
+TEST(KeyValueObserving, ExceptionOfAHandlerReachesWhoMadeTheChangeAndLaterObserversAreNotTold) {
     const auto player = std::make_shared<Player>();
-    const auto observation =
+    std::string told;
+    const auto first = player->observe("volume", [&](const KeyValueChange&) { told += '1'; });
+    auto second =
         player->observe("volume", [](const KeyValueChange&) { throw std::runtime_error("too loud"); });
+    const auto third = player->observe("volume", [&](const KeyValueChange&) { told += '3'; });
     EXPECT_THROW(player->setVolume(11), std::runtime_error);
+    EXPECT_EQ(told, "1");
+    second.invalidate();
+    player->setVolume(5);
+    EXPECT_EQ(told, "113");
 }
 
-TEST(KeyValueObserving, ChangesOfSeveralThreadsKeepTheirOwnOldValues) {
-    // Every thread announces and reports; each hears of as many changes as it made itself, none without an old
-    // value.
+TEST(KeyValueObserving, ExceptionOfAnAnnouncementLeavesTheChangeUndoneAndLaterOnesAsTheyAre) {
     const auto player = std::make_shared<Player>();
+    std::vector<std::string> log;
+    auto angry = player->observe("volume", [](const KeyValueChange&) { throw std::runtime_error("no"); },
+                                 {.prior = true});
+    EXPECT_THROW(player->setVolume(11), std::runtime_error);
+    angry.invalidate();
+    const auto observation = player->observe("volume", writeInto(log), {.prior = true});
+    player->setVolume(1);
+    player->setVolume(2);
+    EXPECT_THAT(log, ElementsAre("will volume 0>-", "did volume 0>1", "will volume 1>-", "did volume 1>2"));
+}
+
+TEST(KeyValueObservation, EndedByAnotherThreadLetsACallThatIsUnderWayEndInItsOwnTime) {
+    const auto player = std::make_shared<Player>();
+    const auto value = std::make_shared<int>(0);
+    std::latch isUnderWay(1);
+    std::latch mayEnd(1);
+    auto observation = player->observe("volume", [value, &isUnderWay, &mayEnd](const KeyValueChange&) {
+        isUnderWay.count_down();
+        mayEnd.wait();
+        ++*value;
+    });
+    std::jthread changer([&] { player->setVolume(1); });
+    isUnderWay.wait();
+    observation.invalidate();
+    EXPECT_GT(value.use_count(), 1) << "the handler is held by the call";
+    player->setVolume(2);
+    mayEnd.count_down();
+    changer.join();
+    EXPECT_EQ(*value, 1);
+    EXPECT_EQ(value.use_count(), 1);
+}
+
+TEST(KeyValueObserving, ChangesOfTwoThreadsThatOverlapKeepTheirOwnOldValues) {
+    const auto meter = std::make_shared<Meter>();
+    std::vector<std::string> log;
+    const auto observation = meter->observe("reading", writeInto(log));
+    const auto change = [&](int from, std::barrier<>& turn) {
+        meter->willChangeValueForKey("reading");
+        turn.arrive_and_wait(); // Both have announced.
+        Meter::set(from + 1);
+    };
+    std::barrier turn(2);
+    std::jthread other([&] {
+        Meter::set(10);
+        change(10, turn);
+        turn.arrive_and_wait(); // The first to announce reports first, or last: each its own.
+        meter->didChangeValueForKey("reading");
+    });
+    Meter::set(20);
+    change(20, turn);
+    meter->didChangeValueForKey("reading");
+    turn.arrive_and_wait();
+    other.join();
+    Meter::set(0);
+    EXPECT_THAT(log, ElementsAre("did reading 20>21", "did reading 10>11"));
+}
+
+TEST(KeyValueObserving, ChangesOfManyThreadsAreAllToldWithTheirOwnOldValues) {
+    const auto meter = std::make_shared<Meter>();
     std::atomic<int> told = 0;
-    std::atomic<int> withoutOldValue = 0;
-    const auto observation = player->observe("volume", [&](const KeyValueChange& change) {
+    std::atomic<int> mixedUp = 0;
+    const auto observation = meter->observe("reading", [&](const KeyValueChange& change) {
         ++told;
-        if (!change.oldValue.has_value()) ++withoutOldValue;
+        if (textOf(change.newValue) != std::to_string(std::any_cast<int>(change.oldValue) + 1)) ++mixedUp;
     });
     {
         std::vector<std::jthread> threads;
         for (int t = 0; t < 4; ++t)
-            threads.emplace_back([&] {
-                for (int i = 0; i < 2'000; ++i) player->setVolume(i);
+            threads.emplace_back([&, t] {
+                for (int i = t * 100'000; i < t * 100'000 + 2'000; ++i) {
+                    Meter::set(i);
+                    meter->willChangeValueForKey("reading");
+                    Meter::set(i + 1);
+                    meter->didChangeValueForKey("reading");
+                }
             });
     }
     EXPECT_EQ(told, 8'000);
-    EXPECT_EQ(withoutOldValue, 0);
+    EXPECT_EQ(mixedUp, 0);
 }
 
 TEST(KeyValueObserving, RegistrationsMayComeAndGoWhileOthersAreTold) {
     const auto player = std::make_shared<Player>();
     std::atomic<bool> isOver = false;
-    const std::jthread changer([&] {
+    std::jthread changer([&] {
         for (int i = 0; !isOver; ++i) player->setVolume(i);
     });
-    for (int i = 0; i < 5'000; ++i) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    for (int i = 0; i < 500; ++i) {
         auto told = std::make_shared<std::atomic<int>>(0);
         const auto observation = player->observe("volume", [told](const KeyValueChange&) { ++*told; });
+        while (*told == 0 && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+        EXPECT_GT(*told, 0);
     }
     isOver = true;
 }

@@ -7,9 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <any>
 #include <atomic>
+#include <barrier>
 #include <cstddef>
-#include <latch>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -139,6 +140,48 @@ TEST(OperationDependency, IsHeldUntilTheWaitingOneIsFinished) {
     EXPECT_THAT(bake->dependencies(), IsEmpty());
 }
 
+TEST(OperationDependency, ExceptionOfAnObserverOfReadinessDoesNotKeepItFromBecomingReady) {
+    for (const bool prior : {false, true}) {
+        const auto mix = named("mix");
+        const auto bake = named("bake");
+        auto angry = bake->observe(
+            "isReady", [](const KeyValueChange&) { throw std::runtime_error("not now"); }, {.prior = prior});
+        EXPECT_THROW(bake->addDependency(mix), std::runtime_error);
+        EXPECT_EQ(bake->isReady(), bake->dependencies().empty());
+        angry.invalidate();
+        mix->start();
+        EXPECT_TRUE(bake->isReady());
+        const auto heat = named("heat");
+        bake->addDependency(heat);
+        EXPECT_FALSE(bake->isReady());
+        heat->start();
+        EXPECT_TRUE(bake->isReady());
+    }
+}
+
+TEST(OperationDependency, MayBeAnyOperationThatPublishesItsEnd) {
+    // A host's own, with a state of its own.
+    class Signal : public Operation {
+    public:
+        bool isFinished() const override { return isFinished_; }
+        void report(bool isFinished) {
+            willChangeValueForKey("isFinished");
+            isFinished_ = isFinished;
+            didChangeValueForKey("isFinished");
+        }
+
+    private:
+        std::atomic<bool> isFinished_ = false;
+    };
+    const auto signal = std::make_shared<Signal>();
+    const auto bake = named("bake");
+    bake->addDependency(signal);
+    signal->report(false);
+    EXPECT_FALSE(bake->isReady()) << "a report alone is no end";
+    signal->report(true);
+    EXPECT_TRUE(bake->isReady());
+}
+
 TEST(OperationDependency, DoesNotKeepTheWaitingOneAlive) {
     const auto mix = named("mix");
     auto bake = named("bake");
@@ -202,27 +245,54 @@ TEST(OperationDependency, WithoutANameTheRefusalTellsTheAddress) {
 }
 
 TEST(OperationDependency, OfTwoThatAreMadeToWaitForEachOtherAtOnceExactlyOneIsRefused) {
-    for (int round = 0; round < 2'000; ++round) {
-        const auto mix = named("mix");
-        const auto bake = named("bake");
-        std::atomic<int> refused = 0;
-        std::latch both(2);
-        const auto add = [&](const auto& operation, const auto& other) {
+    constexpr int rounds = 10'000;
+    std::shared_ptr<Operation> mix;
+    std::shared_ptr<Operation> bake;
+    int wrong = 0;
+    std::atomic<int> refused = 0;
+    const auto makeTwo = [&] {
+        mix = named("mix");
+        bake = named("bake");
+        refused = 0;
+    };
+    makeTwo();
+    std::barrier both(2);
+    std::jthread other([&] {
+        for (int round = 0; round < rounds; ++round) {
             both.arrive_and_wait();
-            refused += refusalOf(operation, other).empty() ? 0 : 1;
-        };
-        std::jthread one([&] { add(mix, bake); });
-        add(bake, mix);
-        one.join();
-        ASSERT_EQ(refused, 1);
+            refused += refusalOf(mix, bake).empty() ? 0 : 1;
+            both.arrive_and_wait();
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        both.arrive_and_wait();
+        refused += refusalOf(bake, mix).empty() ? 0 : 1;
+        both.arrive_and_wait();
+        wrong += refused == 1 && mix->isReady() != bake->isReady() ? 0 : 1;
+        makeTwo();
     }
+    other.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(OperationDependency, LongChainThatNeverRanIsDroppedWithoutDeepRecursion) {
     auto links = chain(100'000);
+    const std::weak_ptr<Operation> first = links.front();
     auto last = links.back();
     links.clear();
+    EXPECT_FALSE(first.expired());
     last.reset();
+    EXPECT_TRUE(first.expired());
+}
+
+TEST(OperationDependency, LongChainThatNeverRanIsLetGoByItsEndWithoutDeepRecursion) {
+    auto links = chain(100'000);
+    const std::weak_ptr<Operation> first = links.front();
+    const auto last = links.back();
+    links.clear();
+    last->cancel();
+    last->start();
+    EXPECT_TRUE(first.expired());
 }
 
 TEST(OperationDependency, LongChainIsBuiltAndRunInEitherDirection) {

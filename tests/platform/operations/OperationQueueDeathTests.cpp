@@ -3,8 +3,11 @@
 
 #include "tests/support/WorkerThreads.h"
 
+#include <VorlanFoundation/Execution/AsynchronousOperation.h>
+
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -26,6 +29,32 @@ TEST(OperationQueueDeathTest, ExceptionOfAnOperationStopsTheProcessWithItsText) 
         queue.setSuspended(true);
         queue.addOperation([] { throw std::runtime_error("no connection"); })->setName("fetch");
         queue.setSuspended(false);
+        support::waitForEver();
+    };
+    EXPECT_DEATH(fail(), "VorlanFoundation/OperationQueue: Fatal error: an exception left operation 'fetch': "
+                         "no connection");
+}
+
+TEST(OperationQueueDeathTest, ExceptionThatIsNoneOfTheStandardsStopsTheProcessToo) {
+    const auto fail = [] {
+        OperationQueue queue;
+        queue.setSuspended(true);
+        queue.addOperation([] { throw 7; })->setName("fetch");
+        queue.setSuspended(false);
+        support::waitForEver();
+    };
+    EXPECT_DEATH(fail(), "VorlanFoundation/OperationQueue: Fatal error: an exception left operation 'fetch'");
+}
+
+TEST(OperationQueueDeathTest, ExceptionOfAnAsynchronousOperationsStartStopsTheProcessWithItsText) {
+    class Fetch : public AsynchronousOperation {
+        void main() override { throw std::runtime_error("no connection"); }
+    };
+    const auto fail = [] {
+        OperationQueue queue;
+        const auto fetch = std::make_shared<Fetch>();
+        fetch->setName("fetch");
+        queue.addOperation(fetch);
         support::waitForEver();
     };
     EXPECT_DEATH(fail(), "VorlanFoundation/OperationQueue: Fatal error: an exception left operation 'fetch': "

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <latch>
@@ -120,6 +121,25 @@ TEST(OperationQueue, OneThatIsNotReadyHoldsNoOtherBack) {
     never->start();
     queue.waitUntilAllOperationsAreFinished();
     EXPECT_TRUE(waiting->isFinished());
+}
+
+TEST(OperationQueue, OfThoseThatAreReadyStartsTheOneThatWasAddedFirst) {
+    ManualQueue hand;
+    OperationQueue queue({.maxConcurrentOperationCount = 1, .underlyingQueue = hand});
+    std::string order;
+    const auto running = std::make_shared<AsynchronousOperation>();
+    const auto awaited = std::make_shared<Operation>();
+    queue.addOperation(running);
+    queue.setSuspended(true);
+    const auto late = queue.addOperation([&] { order += '1'; });
+    late->addDependency(awaited);
+    queue.addOperation([&] { order += '2'; });
+    queue.setSuspended(false);
+    hand.runPending();
+    awaited->start(); // Only now the one that was added before becomes ready.
+    running->finish();
+    hand.runPending();
+    EXPECT_EQ(order, "12");
 }
 
 TEST(OperationQueue, AsynchronousOperationCountsUntilItIsFinished) {
@@ -233,6 +253,11 @@ TEST(OperationQueue, WidthCanBeChanged) {
     operations[3]->finish();
     EXPECT_EQ(countExecuting(), 1);
     operations[4]->finish();
+}
+
+TEST(OperationQueue, IsAsWideAsThereAreProcessorsUnlessToldOtherwise) {
+    const auto processors = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
+    EXPECT_EQ(OperationQueue().maxConcurrentOperationCount(), processors);
 }
 
 TEST(OperationQueue, WidthBelowOneIsRefused) {

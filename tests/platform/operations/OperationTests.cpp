@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <any>
 #include <chrono>
 #include <functional>
 #include <latch>
@@ -87,6 +88,45 @@ TEST(Operation, PublishesExecutingThenFinished) {
     EXPECT_THAT(listener.heard, ElementsAre("isExecuting 1", "isExecuting 0", "isFinished 1"));
 }
 
+TEST(Operation, EachPropertyHasChangedWhenItIsReportedAndNotYetWhenItIsAnnounced) {
+    const auto operation = std::make_shared<Errand>();
+    std::vector<std::string> heard;
+    std::vector<KeyValueObservation> observations;
+    for (const char* key : {"isExecuting", "isFinished"})
+        observations.push_back(operation->observe(
+            key,
+            [&](const KeyValueChange& change) {
+                heard.push_back((change.isPrior ? "will " : "did ") + std::string(change.key) + " " +
+                                std::to_string(operation->isExecuting()) +
+                                std::to_string(operation->isFinished()));
+            },
+            {.prior = true}));
+    operation->start();
+    EXPECT_THAT(heard, ElementsAre("will isExecuting 00", "did isExecuting 10", "will isExecuting 10",
+                                   "will isFinished 10", "did isExecuting 01", "did isFinished 01"));
+}
+
+TEST(Operation, ReportsCarryTheOldAndTheNewValue) {
+    const auto operation = std::make_shared<Errand>();
+    int reports = 0;
+    std::vector<KeyValueObservation> observations;
+    for (const char* key : {"isExecuting", "isFinished", "isCancelled"})
+        observations.push_back(operation->observe(key, [&](const KeyValueChange& change) {
+            ++reports;
+            EXPECT_NE(std::any_cast<bool>(change.oldValue), std::any_cast<bool>(change.newValue))
+                << change.key;
+        }));
+    operation->start();
+    const auto cancelled = std::make_shared<Errand>();
+    observations.push_back(cancelled->observe("isCancelled", [&](const KeyValueChange& change) {
+        ++reports;
+        EXPECT_FALSE(std::any_cast<bool>(change.oldValue));
+        EXPECT_TRUE(std::any_cast<bool>(change.newValue));
+    }));
+    cancelled->cancel();
+    EXPECT_EQ(reports, 4);
+}
+
 TEST(Operation, FinishedOneDoesNothingWhenItIsStarted) {
     int runs = 0;
     const auto operation = std::make_shared<Errand>([&] { ++runs; });
@@ -156,13 +196,28 @@ TEST(Operation, ExceptionOfItsWorkReachesTheCallerAndFinishesIt) {
 
 TEST(Operation, CompletionBlockRunsOnceInTheBackgroundWhenItIsFinished) {
     Inbox<bool> isMain;
+    const auto held = std::make_shared<int>(0);
     const auto operation = std::make_shared<Errand>();
-    operation->setCompletionBlock([&] { isMain.put(Thread::isMainThread()); });
-    EXPECT_EQ(isMain.count(), 0U);
+    operation->setCompletionBlock([&isMain, held] { isMain.put(Thread::isMainThread()); });
+    EXPECT_EQ(held.use_count(), 2) << "it waits for the end";
     operation->start();
     operation->start();
     EXPECT_EQ(isMain.take(), false);
-    EXPECT_EQ(isMain.count(), 0U);
+    operation->setCompletionBlock([&isMain] { isMain.put(true); });
+    EXPECT_EQ(isMain.take(), true) << "nothing came between the first block and one that was set later";
+}
+
+TEST(Operation, CompletionBlockRunsAlsoWhenItIsCancelledOrFails) {
+    Inbox<std::string> ran;
+    const auto cancelled = std::make_shared<Errand>();
+    cancelled->setCompletionBlock([&] { ran.put("cancelled"); });
+    cancelled->cancel();
+    cancelled->start();
+    EXPECT_EQ(ran.take(), "cancelled");
+    const auto failing = std::make_shared<Errand>([] { throw std::runtime_error("no connection"); });
+    failing->setCompletionBlock([&] { ran.put("failed"); });
+    EXPECT_THROW(failing->start(), std::runtime_error);
+    EXPECT_EQ(ran.take(), "failed");
 }
 
 TEST(Operation, CompletionBlockOfAFinishedOneRunsAtOnce) {
@@ -193,6 +248,31 @@ TEST(Operation, WaitingLastsUntilItIsFinishedOrTheLimitIsOver) {
     mayEnd.count_down();
     EXPECT_TRUE(operation->waitUntilFinished(10s));
     EXPECT_TRUE(operation->waitUntilFinished());
+}
+
+TEST(Operation, WaitingWithTheLongestLimitLastsUntilItIsFinished) {
+    const auto operation = std::make_shared<Errand>();
+    const std::jthread starter([&] { operation->start(); });
+    EXPECT_TRUE(operation->waitUntilFinished(std::chrono::nanoseconds::max()));
+}
+
+TEST(Operation, WaitingWithALimitThatIsOverOnlyAsks) {
+    const auto operation = std::make_shared<Errand>();
+    EXPECT_FALSE(operation->waitUntilFinished(0s));
+    EXPECT_FALSE(operation->waitUntilFinished(-1s));
+    EXPECT_FALSE(operation->waitUntilFinished(std::chrono::nanoseconds::min()));
+    operation->start();
+    EXPECT_TRUE(operation->waitUntilFinished(0s));
+    EXPECT_TRUE(operation->waitUntilFinished(-1s));
+}
+
+TEST(Operation, ManyThreadsMayWaitForIt) {
+    Inbox<bool> ended;
+    const auto operation = std::make_shared<Errand>();
+    std::vector<std::jthread> waiting;
+    for (int i = 0; i < 4; ++i) waiting.emplace_back([&] { ended.put(operation->waitUntilFinished()); });
+    operation->start();
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(ended.take(), true);
 }
 
 TEST(Operation, ObserversWereToldWhenWaitingEnds) {

@@ -74,6 +74,7 @@ TEST(Thread, IsExecutingFromTheStartUntilItsEntryHasReturned) {
     EXPECT_FALSE(thread->isFinished());
     EXPECT_FALSE(thread->waitUntilFinished(1ms));
     mayReturn.count_down();
+    EXPECT_TRUE(thread->waitUntilFinished(std::chrono::nanoseconds::max()));
     EXPECT_TRUE(thread->waitUntilFinished());
     EXPECT_FALSE(thread->isExecuting());
     EXPECT_TRUE(thread->isFinished());
