@@ -181,8 +181,8 @@ TEST(BatchItemsTrottler, DeliveryOnItsWayToTheCallQueueIsMadeAlsoWhenTheBatcherI
 TEST(BatchItemsTrottler, DroppedOneLetsGoOfItsActionOnceItsLastDeliveryIsMade) {
     ManualQueue queue;
     const auto value = std::make_shared<int>(1);
-    std::optional<BatchItemsTrottler<int>> batcher(
-        std::in_place, 1s, queue, [value](const std::vector<int>&) {}, queue);
+    auto batcher =
+        std::make_unique<BatchItemsTrottler<int>>(1s, queue, [value](const std::vector<int>&) {}, queue);
     (*batcher)(1);
     queue.runPending();
     batcher.reset();
