@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Platform/Describe.h>
 
+#include "platform/values/UTF8.h"
+
 #include <cxxabi.h>
 
 #include <array>
@@ -13,48 +15,6 @@
 namespace vorlan {
 
 namespace {
-
-constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
-
-// What may follow a lead byte: how many bytes the sequence has, and the bounds of the second, which rule out
-// over-long forms, surrogates and what is beyond U+10FFFF (table 3-7 of the Unicode standard).
-struct SequenceForm {
-    std::size_t length;
-    unsigned char secondLow = 0x80;
-    unsigned char secondHigh = 0xBF;
-};
-
-SequenceForm formOf(unsigned char lead) {
-    if (lead < 0x80) return {1};
-    if (lead < 0xC2) return {0};
-    if (lead < 0xE0) return {2};
-    if (lead < 0xF0)
-        return {3, static_cast<unsigned char>(lead == 0xE0 ? 0xA0 : 0x80),
-                static_cast<unsigned char>(lead == 0xED ? 0x9F : 0xBF)};
-    if (lead < 0xF5)
-        return {4, static_cast<unsigned char>(lead == 0xF0 ? 0x90 : 0x80),
-                static_cast<unsigned char>(lead == 0xF4 ? 0x8F : 0xBF)};
-    return {0};
-}
-
-struct Prefix {
-    std::size_t length;
-    bool isWellFormed;
-};
-
-// The longest start of `text` that is one character, or could have become one.
-Prefix firstSequence(std::string_view text) {
-    const auto form = formOf(static_cast<unsigned char>(text[0]));
-    if (form.length <= 1) return {1, form.length == 1};
-    for (std::size_t i = 1; i < form.length; ++i) {
-        const auto low = i == 1 ? form.secondLow : 0x80;
-        const auto high = i == 1 ? form.secondHigh : 0xBF;
-        const bool fits = i < text.size() && static_cast<unsigned char>(text[i]) >= low &&
-                          static_cast<unsigned char>(text[i]) <= high;
-        if (!fits) return {i, false};
-    }
-    return {form.length, true};
-}
 
 template <class Float>
 std::string describeFloat(Float value) {
@@ -70,12 +30,17 @@ std::string describeFloat(Float value) {
 } // namespace
 
 std::string detail::repairedText(std::string_view text) {
+    if (utf8::isWellFormed(text)) return std::string(text);
     std::string repaired;
     repaired.reserve(text.size());
     while (!text.empty()) {
-        const auto [length, isWellFormed] = firstSequence(text);
-        repaired += isWellFormed ? text.substr(0, length) : replacementCharacter;
-        text.remove_prefix(length);
+        const auto first = utf8::firstCharacter(text);
+        if (first.isWellFormed) {
+            repaired += text.substr(0, first.length);
+        } else {
+            utf8::append(repaired, utf8::replacementCharacter);
+        }
+        text.remove_prefix(first.length);
     }
     return repaired;
 }

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <compare>
+#include <string>
 
 namespace vorlan {
 
@@ -41,6 +42,10 @@ public:
 
     /// Seconds from `other` to this date; negative when this one is earlier.
     constexpr double timeIntervalSince(Date other) const noexcept { return seconds_ - other.seconds_; }
+
+    /// The second that the date is in, in UTC and the Gregorian calendar: "2024-03-05 14:07:09 +0000". A date that
+    /// is no number, or so far away that its seconds do not fit into 64 bits, is described by its seconds.
+    VORLAN_EXPORT std::string description() const;
 
     friend constexpr auto operator<=>(const Date&, const Date&) = default;
 

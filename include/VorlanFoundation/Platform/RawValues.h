@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Enumerations whose cases stand for texts.
+// Enumerations whose cases stand for texts or numbers.
 //
 //     enum class Theme { light, dark };
 //     template <>
@@ -21,27 +21,37 @@
 
 namespace vorlan {
 
-/// To be specialised for an enumeration: a static array `cases` of pairs, each case with its text.
+/// To be specialised for an enumeration: a static array `cases` of pairs, each case with its text
+/// (std::string_view) or number.
 template <class Enumeration>
 struct RawValues;
 
-/// An enumeration whose cases stand for texts.
+/// An enumeration whose cases stand for texts or numbers.
 template <class T>
 concept RawRepresentable = std::is_enum_v<T> && requires { RawValues<T>::cases; };
 
-/// The text that a case stands for. A value that is none of the cases stops the process with a message.
+/// What the cases of an enumeration stand for: std::string_view or a type of numbers.
 template <RawRepresentable Enumeration>
-constexpr std::string_view rawValue(Enumeration value) {
-    for (const auto& [known, text] : RawValues<Enumeration>::cases)
-        if (known == value) return text;
+using RawValueOf = std::remove_cvref_t<decltype(RawValues<Enumeration>::cases[0].second)>;
+
+/// An enumeration whose cases stand for texts.
+template <class T>
+concept TextRepresentable = RawRepresentable<T> && std::is_same_v<RawValueOf<T>, std::string_view>;
+
+/// The text or number that a case stands for. A value that is none of the cases stops the process with a
+/// message.
+template <RawRepresentable Enumeration>
+constexpr RawValueOf<Enumeration> rawValue(Enumeration value) {
+    for (const auto& [known, raw] : RawValues<Enumeration>::cases)
+        if (known == value) return raw;
     fatalError("the enumeration has no such case", "VorlanFoundation/RawValues");
 }
 
-/// The case that stands for a text, letter by letter; absent when there is none.
+/// The case that stands for a number, or for a text, letter by letter; absent when there is none.
 template <RawRepresentable Enumeration>
-constexpr std::optional<Enumeration> fromRawValue(std::string_view text) {
+constexpr std::optional<Enumeration> fromRawValue(RawValueOf<Enumeration> raw) {
     for (const auto& [value, known] : RawValues<Enumeration>::cases)
-        if (known == text) return value;
+        if (known == raw) return value;
     return std::nullopt;
 }
 
