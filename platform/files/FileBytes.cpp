@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/files/FileBytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace vorlan {
+
+namespace {
+
+[[noreturn]] void fail(const std::filesystem::path& path, int reason) {
+    throw std::filesystem::filesystem_error("cannot read", path,
+                                            std::error_code(reason, std::generic_category()));
+}
+
+} // namespace
+
+Data readFile(const Descriptor& file, const std::filesystem::path& path) {
+    struct stat status{};
+    if (fstat(file.number(), &status) != 0) fail(path, errno);
+    if (S_ISDIR(status.st_mode)) fail(path, EISDIR);
+    if (!S_ISREG(status.st_mode)) fail(path, EINVAL);
+    Data data(static_cast<std::size_t>(status.st_size) + 1); // one more, to see the end at once
+    std::size_t filled = 0;
+    for (;;) {
+        const auto count =
+            pread(file.number(), data.data() + filled, data.size() - filled, static_cast<off_t>(filled));
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) fail(path, errno);
+        if (count == 0) break;
+        filled += static_cast<std::size_t>(count);
+        if (filled == data.size()) data.resize(2 * data.size()); // it has grown meanwhile
+    }
+    data.resize(filled);
+    return data;
+}
+
+std::optional<Data> readFile(const std::filesystem::path& path) {
+    // Without O_NONBLOCK, opening a pipe would wait for somebody to write to it.
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file) return readFile(file, path);
+    if (errno == ENOENT) return std::nullopt;
+    fail(path, errno);
+}
+
+bool writeAll(const Descriptor& file, std::span<const std::byte> bytes) {
+    while (!bytes.empty()) {
+        const auto count = write(file.number(), bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+} // namespace vorlan
