@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Testing/TemporaryHome.h>
 
+#include <VorlanFoundation/Platform/HomeChange.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -20,17 +22,25 @@ std::filesystem::path makeFolder() {
 } // namespace
 
 TemporaryHome::TemporaryHome() : path_(makeFolder()) {
-    point("HOME", path_);
-    point("XDG_CONFIG_HOME", path_ / ".config");
-    point("XDG_DATA_HOME", path_ / ".local/share");
-    point("XDG_CACHE_HOME", path_ / ".cache");
-    point("XDG_STATE_HOME", path_ / ".local/state");
-    point("XDG_RUNTIME_DIR", path_ / ".runtime");
+    detail::changeHome([&] {
+        point("HOME", path_);
+        point("XDG_CONFIG_HOME", path_ / ".config");
+        point("XDG_DATA_HOME", path_ / ".local/share");
+        point("XDG_CACHE_HOME", path_ / ".cache");
+        point("XDG_STATE_HOME", path_ / ".local/state");
+        point("XDG_RUNTIME_DIR", path_ / ".runtime");
+    });
     // Programs refuse a runtime folder that others can look into.
     std::filesystem::permissions(path_ / ".runtime", std::filesystem::perms::owner_all);
 }
 
 TemporaryHome::~TemporaryHome() {
+    detail::changeHome([&] { restore(); });
+    std::error_code ignored; // A file that cannot be removed must not end the tests.
+    std::filesystem::remove_all(path_, ignored);
+}
+
+void TemporaryHome::restore() {
     for (const auto& [variable, value] : former_) {
         if (value) {
             setenv(variable.c_str(), value->c_str(), 1);
@@ -38,8 +48,6 @@ TemporaryHome::~TemporaryHome() {
             unsetenv(variable.c_str());
         }
     }
-    std::error_code ignored; // A file that cannot be removed must not end the tests.
-    std::filesystem::remove_all(path_, ignored);
 }
 
 void TemporaryHome::point(const std::string& variable, const std::filesystem::path& folder) {

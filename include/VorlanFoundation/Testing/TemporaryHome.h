@@ -15,6 +15,9 @@ namespace vorlan::testing {
 
 /// Points HOME and the XDG variables (CONFIG, DATA, CACHE, STATE and RUNTIME) to empty folders of its own.
 ///
+/// Everything that the library keeps in the user's folders follows: defaults stores are empty, and the log file is
+/// a new one. Settings of the host that are only kept in memory stay.
+///
 /// When it is destroyed the variables have their former values again and the folders are gone, with all in
 /// them.
 ///
@@ -33,6 +36,7 @@ public:
     const std::filesystem::path& path() const noexcept { return path_; }
 
 private:
+    void restore();
     void point(const std::string& variable, const std::filesystem::path& folder);
 
     std::filesystem::path path_;

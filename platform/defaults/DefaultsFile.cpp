@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/defaults/DefaultsFile.h"
+
+#include "platform/files/FileBytes.h"
+#include "platform/files/PropertyList.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+namespace vorlan::defaults {
+
+namespace {
+
+// Gives errno back as it was when something failed, whatever tidying up did to it.
+class KeepErrno {
+public:
+    KeepErrno() = default;
+    KeepErrno(const KeepErrno&) = delete;
+    KeepErrno& operator=(const KeepErrno&) = delete;
+    ~KeepErrno() { errno = kept_; }
+
+private:
+    int kept_ = errno;
+};
+
+} // namespace
+
+DefaultsFile::DefaultsFile(const std::filesystem::path& folder, Problems& problems)
+    : path_(folder / "defaults.plist"), problems_(problems) {}
+
+DefaultsFile::Identity DefaultsFile::identityOf(const struct stat& status) {
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+DefaultsFile::Identity DefaultsFile::identityNow() const {
+    struct stat status{};
+    return stat(path_.c_str(), &status) == 0 ? identityOf(status) : Identity();
+}
+
+bool DefaultsFile::refresh() {
+    // Taken before it is read: if another takes its place meanwhile, the next look finds that.
+    const auto identity = identityNow();
+    if (identity == seen_) return false;
+    try {
+        auto entries = identity != Identity() ? read() : Value::Dictionary();
+        entries_ = std::move(entries);
+        isDamaged_ = false;
+    } catch (const Damage&) {
+        entries_.clear();
+        isDamaged_ = true;
+    } catch (const std::filesystem::filesystem_error& error) {
+        if (std::exchange(readError_, error.code().value()) == 0)
+            problems_.push_back("cannot read " + path_.native() + ": " + error.code().message());
+        return false;
+    }
+    readError_ = 0;
+    seen_ = identity;
+    return true;
+}
+
+Value::Dictionary DefaultsFile::read() const try {
+    const auto bytes = readFile(path_);
+    if (!bytes) return {};
+    auto list = readPropertyList(*bytes);
+    auto* dictionary = list.dictionary();
+    if (dictionary == nullptr) throw Damage();
+    return std::move(*dictionary);
+} catch (const PropertyListError&) {
+    throw Damage();
+} catch (const std::filesystem::filesystem_error& error) {
+    // A folder, or what else is no file.
+    if (error.code() == std::errc::is_a_directory || error.code() == std::errc::invalid_argument)
+        throw Damage();
+    throw;
+}
+
+void DefaultsFile::moveDamagedAside() {
+    if (!isDamaged_) return;
+    isDamaged_ = false;
+    moveAside(path_, problems_);
+    seen_ = Identity();
+}
+
+bool DefaultsFile::replace(Value::Dictionary entries) {
+    const Value list(std::move(entries));
+    const auto temporary = path_.native() + ".new";
+    Identity identity;
+    if (!write(writeBinaryPropertyList(list), temporary, identity) ||
+        std::rename(temporary.c_str(), path_.c_str()) != 0) {
+        const KeepErrno keeper;
+        unlink(temporary.c_str());
+        return false;
+    }
+    seen_ = identity;
+    entries_ = *list.dictionary();
+    return syncFolder();
+}
+
+bool DefaultsFile::write(const Data& bytes, const std::filesystem::path& path, Identity& identity) {
+    const Descriptor file(
+        open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    struct stat status{};
+    if (!file || !writeAll(file, bytes) || fsync(file.number()) != 0 || fstat(file.number(), &status) != 0)
+        return false;
+    identity = identityOf(status);
+    return true;
+}
+
+bool DefaultsFile::syncFolder() const {
+    const Descriptor folder(open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Some file systems have no such thing, and then the name is as safe as it gets.
+    return folder && (fsync(folder.number()) == 0 || errno == EINVAL);
+}
+
+} // namespace vorlan::defaults

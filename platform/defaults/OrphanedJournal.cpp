@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/defaults/OrphanedJournal.h"
+
+#include "platform/files/BinaryPropertyList.h"
+#include "platform/files/FileBytes.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace vorlan::defaults {
+
+namespace {
+
+// Where after the first change there is something that begins like one.
+std::optional<std::size_t> placeOfNextChange(std::span<const std::byte> bytes) {
+    const auto mark = std::as_bytes(std::span(bplist::magic));
+    if (bytes.size() < sizeof(ChangeLength) + 1) return std::nullopt;
+    const auto found =
+        std::search(bytes.begin() + sizeof(ChangeLength) + 1, bytes.end(), mark.begin(), mark.end());
+    if (found == bytes.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - bytes.begin()) - sizeof(ChangeLength);
+}
+
+std::vector<std::filesystem::path> journalsIn(const std::filesystem::path& folder, std::string_view ownName) {
+    std::vector<std::filesystem::path> paths;
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(folder, failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+        const auto name = entry->path().filename().native();
+        if (name.starts_with("defaults.") && name.ends_with(".journal") && name != ownName)
+            paths.push_back(entry->path());
+    }
+    return paths;
+}
+
+} // namespace
+
+OrphanedJournal::OrphanedJournal(Descriptor file, std::filesystem::path path, std::int64_t modified)
+    : file_(std::move(file)), path_(std::move(path)), modified_(modified) {}
+
+bool OrphanedJournal::mayBeIn(const std::filesystem::path& folder, std::string_view ownName) {
+    return !journalsIn(folder, ownName).empty();
+}
+
+std::vector<OrphanedJournal> OrphanedJournal::allIn(const std::filesystem::path& folder,
+                                                    std::string_view ownName) {
+    std::vector<OrphanedJournal> orphans;
+    for (const auto& path : journalsIn(folder, ownName)) {
+        Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        struct stat status{};
+        if (!file || flock(file.number(), LOCK_EX | LOCK_NB) != 0 || fstat(file.number(), &status) != 0 ||
+            status.st_nlink == 0)
+            continue;
+        orphans.push_back(OrphanedJournal(std::move(file), path,
+                                          status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec));
+    }
+    std::ranges::sort(orphans, {}, &OrphanedJournal::modified_);
+    return orphans;
+}
+
+std::vector<Change> OrphanedJournal::changes() {
+    std::vector<Change> found;
+    Data bytes;
+    try {
+        bytes = readFile(file_, path_);
+    } catch (const std::filesystem::filesystem_error&) {
+        isDamaged_ = true; // it stays, under another name
+        return found;
+    }
+    if (bytes.empty()) return found; // its process ended before it had written anything
+    JournalHeader header;
+    const auto mark = header.mark;
+    if (bytes.size() >= sizeof header) std::memcpy(&header, bytes.data(), sizeof header);
+    if (bytes.size() < sizeof header || header.mark != mark) {
+        isDamaged_ = true;
+        return found;
+    }
+    readChanges(
+        std::span<const std::byte>(bytes).subspan(std::min<std::uint64_t>(header.start, bytes.size())),
+        found);
+    return found;
+}
+
+void OrphanedJournal::readChanges(std::span<const std::byte> bytes, std::vector<Change>& found) {
+    while (!bytes.empty()) {
+        ChangeLength length = 0;
+        if (bytes.size() >= sizeof length) std::memcpy(&length, bytes.data(), sizeof length);
+        const auto rest = bytes.subspan(std::min(sizeof length, bytes.size()));
+        const bool isWhole = length > 0 && length <= rest.size();
+        auto change = isWhole ? decodeChange(rest.first(length)) : std::nullopt;
+        if (change) {
+            found.push_back(*std::move(change));
+            bytes = rest.subspan(length);
+            continue;
+        }
+        // The last change is cut short when the process was killed while it wrote. Anything else is damage, and
+        // reading goes on where the next change seems to begin.
+        const auto next = placeOfNextChange(bytes);
+        isDamaged_ |= isWhole || next.has_value();
+        if (!next) return;
+        bytes = bytes.subspan(*next);
+    }
+}
+
+void OrphanedJournal::discard(Problems& problems) const {
+    if (isDamaged_) {
+        moveAside(path_, problems);
+    } else {
+        unlink(path_.c_str());
+    }
+}
+
+} // namespace vorlan::defaults
