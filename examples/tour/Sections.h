@@ -9,6 +9,8 @@ bool showExecution();
 bool showPacing();
 bool showOperations();
 bool showObservation();
+bool showLogging();
+bool showSettings();
 bool showNetwork();
 
 /// Prints each change of the network until the process is interrupted; returns its exit status.

@@ -4,7 +4,10 @@
 // All of VorlanFoundation.
 
 #include <VorlanFoundation/Execution.h>
+#include <VorlanFoundation/Extensions.h>
+#include <VorlanFoundation/Logging.h>
 #include <VorlanFoundation/Observation.h>
+#include <VorlanFoundation/Persistence.h>
 #include <VorlanFoundation/Platform/Queue.h>
 #include <VorlanFoundation/Platform/RunLoop.h>
 #include <VorlanFoundation/Platform/Thread.h>

@@ -12,6 +12,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -71,10 +72,17 @@ class Tour(unittest.TestCase):
     def test_shows_each_area_without_colours_in_a_pipe(self):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
-        for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation", "Network"):
+        for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation",
+                      "Logging and timing", "Settings, folders and the bundle", "Network"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
         self.assertNotIn("\x1b", result.stdout)
+
+    def test_leaves_the_user_s_folders_alone(self):
+        with tempfile.TemporaryDirectory() as home:
+            folders = {variable: home for variable in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME")}
+            result = subprocess.run([tour], capture_output=True, timeout=limit, env={**os.environ, **folders})
+            self.assertEqual((result.returncode, os.listdir(home)), (0, []))
 
     def test_refuses_unknown_arguments(self):
         result = run(tour, "--wach")
