@@ -10,16 +10,18 @@
 #include <VorlanFoundation/Platform/Problems.h>
 #include <VorlanFoundation/Platform/Queue.h>
 
-#include <any>
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 #include <system_error>
 #include <utility>
 
 namespace vorlan {
 
+using defaults::Change;
 using defaults::DefaultsJournal;
 using defaults::DefaultsTable;
 using defaults::FileLock;
@@ -50,6 +52,17 @@ struct Registry {
 void saveAtExit() {
     setProblemHandler(nullptr);
     for (const auto& domain : DefaultsDomain::all()) domain->saveQuietly();
+}
+
+Value::Dictionary applied(const std::vector<Change>& changes, Value::Dictionary entries) {
+    for (const auto& [key, value] : changes) {
+        if (value) {
+            entries.insert_or_assign(key, *value);
+        } else {
+            entries.erase(key);
+        }
+    }
+    return entries;
 }
 
 } // namespace
@@ -165,7 +178,10 @@ void DefaultsDomain::saveIfOpen() {
 void DefaultsDomain::saveQuietly() {
     const std::lock_guard lock(saveMutex_);
     std::vector<std::string> untold;
-    if (isOpen()) save(Saving::own, untold);
+    if (isOpen() && save(Saving::own, untold)) {
+        const std::lock_guard tableLock(tableMutex_);
+        if (!table_.hasUnsaved()) journal_ = std::make_unique<DefaultsJournal>(); // the empty one is removed
+    }
     report(std::exchange(problems_, {}));
 }
 
@@ -243,19 +259,11 @@ bool DefaultsDomain::merge(const std::vector<DefaultsTable::Unsaved>& unsaved, s
     if (file_->readError() != 0) return fail("read its file", file_->readError());
     file_->moveDamagedAside();
     auto orphans = OrphanedJournal::allIn(*folder_, journalName());
-    if (orphans.empty() && unsaved.empty()) return true;
-    auto entries = file_->entries();
-    const auto apply = [&](const std::string& key, const std::optional<Value>& value) {
-        if (value) {
-            entries.insert_or_assign(key, *value);
-        } else {
-            entries.erase(key);
-        }
-    };
-    for (auto& orphan : orphans)
-        for (const auto& change : orphan.changes()) apply(change.key, change.value);
-    for (const auto& entry : unsaved) apply(entry.key, entry.value);
-    if (!file_->replace(std::move(entries))) return fail("save it", errno);
+    std::vector<Change> changes;
+    for (auto& orphan : orphans) std::ranges::move(orphan.changes(), std::back_inserter(changes));
+    for (const auto& [key, value, number] : unsaved) changes.push_back({key, value});
+    if (!changes.empty() && !file_->replace(applied(changes, file_->entries())))
+        return fail("save it", errno);
     for (const auto& orphan : orphans) orphan.discard(problems_);
     // Still under the lock: should this process end here, the next to hold it finds nothing old in our journal that
     // it would take for news.
@@ -287,7 +295,7 @@ bool DefaultsDomain::fail(const char* what, int reason) {
 // Told once until something was saved again: a full disk would fill the log of problems too.
 std::optional<std::string> DefaultsDomain::failure(const char* what, int reason) {
     if (hasFailed_.exchange(true)) return std::nullopt;
-    return "the store " + name_ + " is kept in memory only; cannot " + what + ": " +
+    return "the changes of the store " + name_ + " are not saved yet; cannot " + what + ": " +
            std::generic_category().message(reason);
 }
 

@@ -249,8 +249,8 @@ TEST_F(LoggerProcessesTest, NameInThePrefixIsTheShortOne) {
     const auto log = [&](const tests::InfoEntries& entries) {
         host.write(entries);
         EXPECT_EQ(host.run({"makeLogging", "log", "text"}).status, 0);
-        const auto line = linesOf(text()).back();
-        return line.substr(std::min<std::size_t>(26, line.size()));
+        const auto lines = linesOf(text());
+        return lines.empty() || lines.back().size() < 26 ? "no line" : lines.back().substr(26);
     };
     EXPECT_EQ(log({{"CFBundleName", textElement("Notes")}, {"CFBundleDisplayName", textElement("My Notes")}}),
               " Notes] text");

@@ -106,6 +106,7 @@ TEST_F(LoggerTest, CallWithoutValuesWritesNothing) {
 TEST_F(LoggerTest, TextOfSeveralLinesHasOnePrefix) {
     Logger::makeLogging(true);
     Logger::log("one\ntwo\n");
+    ASSERT_GT(text().size(), prefixLength);
     EXPECT_EQ(text().substr(prefixLength), "one\ntwo\n\n");
     EXPECT_EQ(withoutPrefix(linesOf(text())[0]), "one");
 }
@@ -239,7 +240,7 @@ TEST_F(LoggerTest, TextThatBringsTheFileOverTheLimitIsGoneWithItsEndOfLine) {
     Logger::log("abcd");
     EXPECT_EQ(text(), "\n");
     Logger::log("ab");
-    EXPECT_EQ(linesOf(text()).size(), 2U) << "the end of the line before is there still";
+    ASSERT_EQ(linesOf(text()).size(), 2U) << "the end of the line before is there still";
     EXPECT_EQ(withoutPrefix(linesOf(text())[1]), "ab");
 }
 

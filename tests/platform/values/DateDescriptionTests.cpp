@@ -79,8 +79,9 @@ TEST(DateDescription, FarAwayDatesHaveLongYears) {
     // The C library's years have 32 bits.
     for (const std::int64_t seconds : {50'000'000'000'000'000, -50'000'000'000'000'000})
         EXPECT_EQ(dateSince1970(seconds).description(), described(seconds));
-    EXPECT_EQ(Date(8.9e18).description().substr(0, 12), "282028837024");
-    EXPECT_TRUE(Date(-8.9e18).description().ends_with(" +0000"));
+    // From the length of 400 years, in integers of any size.
+    EXPECT_EQ(Date(8.9e18).description(), "282029774711-08-17 06:13:20 +0000");
+    EXPECT_EQ(Date(-8.9e18).description(), "-282029770710-05-18 17:46:40 +0000");
 }
 
 TEST(DateDescription, DatesThatAreNoSecondAreDescribedByTheirSeconds) {

@@ -141,10 +141,10 @@ TEST(BinaryPropertyListDamage, FewBytesThatStandForVeryManyAreRefused) {
     // A text of a thousand bytes, a thousand times.
     const auto text = raw({0x5F, 0x11, 0x03, 0xE8}) + Data(1000, std::byte{'a'});
     const auto thousand = raw({0xAF, 0x11, 0x03, 0xE8}) + Data(1000, std::byte{1});
-    EXPECT_EQ(refusalOf({thousand, text}), "it would become far larger than it is");
+    EXPECT_EQ(refusalOf({thousand, text}, {.offsetSize = 2}), "it would become far larger than it is");
     // The same as a key.
     const auto dictionaries = raw({0xAF, 0x11, 0x03, 0xE8}) + Data(1000, std::byte{1});
-    EXPECT_EQ(refusalOf({dictionaries, raw({0xD1, 2, 3}), text, raw({0x09})}),
+    EXPECT_EQ(refusalOf({dictionaries, raw({0xD1, 2, 3}), text, raw({0x09})}, {.offsetSize = 2}),
               "it would become far larger than it is");
 }
 
@@ -155,8 +155,8 @@ TEST(BinaryPropertyListDamage, AsManyLevelsAsTheLimitAreReadAndNoMore) {
         objects.push_back(raw({0xA0}));
         return foreignList(objects, {.offsetSize = 2, .referenceSize = 2});
     };
-    EXPECT_EQ(refusalOf(chain(propertyListDepthLimit)), "it was read");
-    EXPECT_EQ(refusalOf(chain(propertyListDepthLimit + 1)), "it has too many levels");
+    EXPECT_EQ(refusalOfList(chain(propertyListDepthLimit)), "it was read");
+    EXPECT_EQ(refusalOfList(chain(propertyListDepthLimit + 1)), "it has too many levels");
 }
 
 TEST(BinaryPropertyListDamage, TrailerThatDoesNotFitIsRefused) {

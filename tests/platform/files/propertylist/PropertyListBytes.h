@@ -72,7 +72,7 @@ inline Value readForeign(const std::vector<Data>& objects, const ForeignLayout& 
 }
 
 /// Why a list is refused; "it was read" when it is not.
-inline std::string refusalOf(const Data& list) {
+inline std::string refusalOfList(const Data& list) {
     try {
         (void)readPropertyList(list);
         return "it was read";
@@ -82,7 +82,7 @@ inline std::string refusalOf(const Data& list) {
 }
 
 inline std::string refusalOf(const std::vector<Data>& objects, const ForeignLayout& layout = {}) {
-    return refusalOf(foreignList(objects, layout));
+    return refusalOfList(foreignList(objects, layout));
 }
 
 } // namespace vorlan::tests
