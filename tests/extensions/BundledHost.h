@@ -3,12 +3,11 @@
 
 // An application of the test's own: a program (BundleHost.cpp) with an Info.plist that the test writes.
 
-#include <sys/types.h>
+#include "tests/support/ChildProcess.h"
 
 #include <filesystem>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vorlan::tests {
@@ -38,46 +37,20 @@ std::string textElement(const std::string& text);
 /// Writes an Info.plist, with the folders that it is in.
 void writeInfo(const std::filesystem::path& file, const InfoEntries& entries);
 
-/// Variables that a process gets in place of the test's own.
-using Variables = std::map<std::string, std::string>;
+using support::Variables;
 
 /// A process of an application, while it runs.
 ///
 /// Threads: one thread at a time.
-/// Errors:  what cannot be done is a failure of the test case; a process that does not answer is killed.
-class RunningHost {
+class RunningHost : public support::ChildProcess {
 public:
-    RunningHost(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                const Variables& variables);
-    RunningHost(RunningHost&& other) noexcept
-        : id_(std::exchange(other.id_, 0)),
-          input_(std::exchange(other.input_, -1)),
-          output_(std::exchange(other.output_, -1)),
-          received_(std::move(other.received_)) {}
-    RunningHost& operator=(RunningHost&&) = delete;
-    ~RunningHost();
-
-    /// Waits for the next line that it writes.
-    std::string nextLine();
-
-    /// Ends its input.
-    void closeInput();
+    using ChildProcess::ChildProcess;
 
     /// Whether it has ended, or will write no more.
     bool hasEnded();
 
-    /// Waits for its end. Lines that were taken already are not in the outcome.
+    /// Waits for its end, and kills it when that does not come. Lines that were taken already are not in the outcome.
     Outcome finish();
-
-private:
-    // Waits for more of its output; false at the end.
-    bool receive(int milliseconds);
-
-    pid_t id_ = 0;
-    int input_ = -1;
-    int output_ = -1;
-    bool isAtEnd_ = false;
-    std::string received_;
 };
 
 /// The program, copied to where the test wants it.
@@ -98,9 +71,7 @@ public:
     void write(const InfoEntries& entries) const { writeInfo(contents_ / "Info.plist", entries); }
 
     /// Starts it with commands; see BundleHost.cpp.
-    RunningHost start(const std::vector<std::string>& commands, const Variables& variables = {}) const {
-        return {program_, commands, variables};
-    }
+    RunningHost start(const std::vector<std::string>& commands, const Variables& variables = {}) const;
 
     /// The same, and waits for its end.
     Outcome run(const std::vector<std::string>& commands, const Variables& variables = {}) const {

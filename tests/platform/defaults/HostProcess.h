@@ -3,7 +3,7 @@
 
 // Another process, which opens a store and does with it what the test says (DefaultsHost.cpp).
 
-#include <sys/types.h>
+#include "tests/support/ChildProcess.h"
 
 #include <cstddef>
 #include <string>
@@ -22,9 +22,6 @@ public:
     /// Starts a host that opens a store once it needs it. With a wrapper, that is started with the host's command
     /// line as its last arguments.
     explicit HostProcess(std::string_view store, std::vector<std::string> wrapper = {});
-    HostProcess(const HostProcess&) = delete;
-    HostProcess& operator=(const HostProcess&) = delete;
-    ~HostProcess();
 
     /// Gives it a command without waiting for the answer.
     void tell(std::string_view command);
@@ -47,16 +44,10 @@ public:
     /// Lets it end, by itself; returns its exit code, or minus the number of the signal that ended it.
     int finish();
 
-    pid_t id() const noexcept { return id_; }
+    pid_t id() const noexcept { return child_.id(); }
 
 private:
-    // Adds what has come to `received_`, after waiting for it; false at the end, and after the time limit.
-    bool receive(int milliseconds);
-
-    pid_t id_ = 0;
-    int input_ = -1;
-    int output_ = -1;
-    std::string received_;
+    support::ChildProcess child_;
 };
 
 } // namespace vorlan::tests

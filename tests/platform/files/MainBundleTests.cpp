@@ -34,7 +34,7 @@ protected:
 
     // Which Info.plist a program read, by what it says as a name.
     static std::string nameOf(const fs::path& program) {
-        return tests::RunningHost(program, {"objectForKey", key}, {}).finish().only();
+        return tests::RunningHost({program.native(), "objectForKey", key}).finish().only();
     }
 
     static void write(const fs::path& contents, const std::string& name) {
