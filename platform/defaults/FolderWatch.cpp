@@ -106,31 +106,32 @@ private:
         for (const auto& watched : concerned) watched->handler();
     }
 
-    // Watches the folder, or the lowest one above it that is there. What comes into being between looking and
-    // watching is found by looking again.
+    // What comes into being between looking and watching is found by looking again.
     void arm(FolderWatch::Watched& watched) {
         if (descriptor_ < 0) {
             poll();
             return;
         }
         const int former = std::exchange(watched.number, -1);
-        for (auto place = watched.folder;; place = place.parent_path()) {
-            const int number = inotify_add_watch(descriptor_, place.c_str(), eventsOfInterest);
-            if (number >= 0) {
-                watched.number = number;
-                watched.place = place;
-                if (place == watched.folder || !hasAppeared(watched)) break;
-                release(std::exchange(watched.number, -1));
-                place = watched.folder / "again"; // its parent is next
-                continue;
-            }
-            if ((errno != ENOENT && errno != ENOTDIR) || !place.has_relative_path()) {
+        do {
+            release(std::exchange(watched.number, -1));
+            watchLowest(watched);
+        } while (watched.number >= 0 && watched.place != watched.folder && hasAppeared(watched));
+        if (former != watched.number) release(former);
+    }
+
+    // Watches the folder, or the lowest one above it that is there.
+    void watchLowest(FolderWatch::Watched& watched) {
+        for (auto place = watched.folder; watched.number < 0; place = place.parent_path()) {
+            watched.number = inotify_add_watch(descriptor_, place.c_str(), eventsOfInterest);
+            watched.place = place;
+            const bool isMissing = errno == ENOENT || errno == ENOTDIR;
+            if (watched.number < 0 && (!isMissing || !place.has_relative_path())) {
                 watched.place = watched.folder;
                 poll();
-                break;
+                return;
             }
         }
-        if (former != watched.number) release(former);
     }
 
     // Whether the next folder on the way down from what is watched is there by now.
