@@ -2,6 +2,7 @@
 // Any bytes are either refused, or a value that is the same after it was written and read again.
 
 #include "fuzz/Fuzzing.h"
+#include "fuzz/PropertyListMutator.h"
 #include "platform/files/PropertyList.h"
 
 #include <algorithm>
@@ -9,6 +10,8 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
 using namespace vorlan;
 
@@ -51,6 +54,17 @@ bool isSame(const Value& a, const Value& b) {
 }
 
 } // namespace
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                               unsigned seed) {
+    static const std::vector<Data> samples{
+        writeBinaryPropertyList("text"),
+        writeBinaryPropertyList(Value::Array{true, 1, 300, -1, ~std::uint64_t{0}, 0.5, Date(1), Data(3)}),
+        writeBinaryPropertyList(Value::Dictionary{{"a", Value::Array{1, "\xC3\xA9\xF0\x9F\x98\x80"}},
+                                                  {"\xC3\xA9", Value::Dictionary{{"b", Value::Array()}}},
+                                                  {"long", std::string(20, 'x')}})};
+    return fuzzing::mutateList(data, size, maxSize, seed, samples);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto value = read(std::as_bytes(std::span(data, size)));

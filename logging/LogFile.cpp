@@ -18,10 +18,11 @@ std::optional<FileURL> documents() try {
     return std::nullopt;
 }
 
-std::optional<std::uint64_t> sizeOf(const std::filesystem::path& path) try {
-    return FileManager::defaultManager().attributesOfItemAtPath(path).size;
+// Nothing is known of a file that is not there.
+FileAttributes attributesOf(const std::filesystem::path& path) try {
+    return FileManager::defaultManager().attributesOfItemAtPath(path);
 } catch (const std::filesystem::filesystem_error&) {
-    return std::nullopt;
+    return {std::filesystem::file_type::none, 0};
 }
 
 void empty(const std::filesystem::path& path) {
@@ -57,12 +58,12 @@ void LogFile::writeLine(std::string_view text) {
     line.reserve(text.size() + 1);
     line += text;
     const auto size = makeRoom(*path);
-    const bool isOneWrite = isWithinLimit(size + line.size());
+    if (!size) return;
+    const bool isOneWrite = isWithinLimit(*size + line.size());
     if (isOneWrite) line += '\n';
     append(*path, line);
     if (isOneWrite) return;
-    makeRoom(*path);
-    append(*path, "\n");
+    if (makeRoom(*path)) append(*path, "\n");
 }
 
 void LogFile::clean() {
@@ -92,11 +93,11 @@ void LogFile::findPath() {
             : nullptr;
 }
 
-// Empties the file if it is too large; its size then.
-std::uint64_t LogFile::makeRoom(const std::filesystem::path& path) {
-    const auto size = sizeOf(path);
-    if (!size) return 0;
-    if (isWithinLimit(*size)) return *size;
+// Empties the file if it is too large; its size then. Absent when what is there is no file: nothing is written to a
+// pipe or a device.
+std::optional<std::uint64_t> LogFile::makeRoom(const std::filesystem::path& path) {
+    const auto size = attributesOf(path).size;
+    if (!size || isWithinLimit(*size)) return size;
     empty(path);
     return 0;
 }

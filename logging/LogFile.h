@@ -45,7 +45,7 @@ private:
 
     Path path();
     void findPath();
-    std::uint64_t makeRoom(const std::filesystem::path& path);
+    std::optional<std::uint64_t> makeRoom(const std::filesystem::path& path);
     bool isWithinLimit(std::uint64_t size) const noexcept;
 
     std::mutex mutex_; ///< Of the next four.

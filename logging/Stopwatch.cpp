@@ -29,9 +29,10 @@ void DefaultStopwatch::reset() {
 }
 
 std::uint64_t DefaultStopwatch::nanoseconds() const {
-    const auto product = checked::multiply(checked::subtract(calculationFunction_(), startTime_), numer_);
-    // The usual case; dividing by one would take a third of the time that reading the clock does.
-    return denom_ == 1 ? product : checked::divide(product, denom_);
+    const auto ticks = checked::subtract(calculationFunction_(), startTime_);
+    // The usual case; dividing would take a third of the time that reading the clock does.
+    if (numer_ == 1 && denom_ == 1) return ticks;
+    return checked::divide(checked::multiply(ticks, numer_), denom_);
 }
 
 AbsoluteStopwatch::AbsoluteStopwatch() : DefaultStopwatch(clocks::monotonic) {}

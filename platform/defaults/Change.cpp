@@ -8,7 +8,10 @@
 namespace vorlan::defaults {
 
 Data encodeChange(std::string_view key, std::optional<Value>& value) {
-    Value record(Value::Array{Value(key)});
+    Value::Array parts;
+    parts.reserve(2);
+    parts.emplace_back(key);
+    Value record(std::move(parts));
     if (!value) return writeBinaryPropertyList(record);
     // The value is lent to the record, which saves a copy.
     record.array()->push_back(std::move(*value));

@@ -28,11 +28,15 @@ Data encodeChange(std::string_view key, std::optional<Value>& value);
 /// Reads what `encodeChange` made; absent for anything else.
 std::optional<Change> decodeChange(std::span<const std::byte> bytes);
 
-/// The start of a journal: a mark, and the place before which all was saved. Then come changes, each behind its
-/// length. Numbers are as the machine has them: a journal is read where it was written.
+/// The start of a journal: a mark, and the place before which all was saved, twice, so that damage to it shows. Then
+/// come changes, each behind its length. Numbers are as the machine has them: a journal is read where it was written.
 struct JournalHeader {
+    explicit JournalHeader(std::uint64_t place = sizeof(JournalHeader)) noexcept
+        : start(place), inverse(~place) {}
+
     std::array<char, 8> mark{'v', 'd', 'e', 'f', 'j', 'n', 'l', '1'};
-    std::uint64_t start = sizeof(JournalHeader);
+    std::uint64_t start;
+    std::uint64_t inverse; ///< Of each bit of `start`.
 };
 
 /// What stands before each change: how many bytes it has.

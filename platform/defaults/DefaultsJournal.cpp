@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <system_error>
 
 namespace vorlan::defaults {
@@ -49,9 +48,8 @@ bool DefaultsJournal::open(const std::filesystem::path& folder) try {
         if (flock(file_.number(), LOCK_EX | LOCK_NB) != 0 || fstat(file_.number(), &status) != 0 ||
             status.st_nlink == 0)
             continue;
-        const JournalHeader header;
-        start_ = end_ = header.start;
-        if (writeAt(file_, 0, std::as_bytes(std::span(&header, 1)))) return true;
+        start_ = end_ = sizeof(JournalHeader);
+        if (writeStart(start_)) return true;
         const int reason = errno;
         unlink(path_.c_str());
         file_ = Descriptor();
@@ -82,15 +80,18 @@ bool DefaultsJournal::append(const std::filesystem::path& folder, std::span<cons
 }
 
 void DefaultsJournal::forgetBefore(std::uint64_t place) noexcept {
-    if (!file_ || place <= start_) return;
+    // A start that cannot be moved only means that the same is taken over twice.
+    if (!file_ || place <= start_ || !writeStart(place)) return;
     start_ = place;
-    if (start_ == end_) {
-        // Shortened first: should the process end between the two, the start is beyond the end, and there is
-        // nothing to take over either.
-        if (ftruncate(file_.number(), sizeof(JournalHeader)) == 0) start_ = end_ = sizeof(JournalHeader);
-    }
-    // A start that could not be moved only means that the same is taken over twice.
-    (void)writeAt(file_, offsetof(JournalHeader, start), std::as_bytes(std::span(&start_, 1)));
+    // When nothing is left the file is used from its beginning again, unless that cannot be said in it.
+    if (start_ == end_ && ftruncate(file_.number(), sizeof(JournalHeader)) == 0 &&
+        writeStart(sizeof(JournalHeader)))
+        start_ = end_ = sizeof(JournalHeader);
+}
+
+bool DefaultsJournal::writeStart(std::uint64_t place) const noexcept {
+    const JournalHeader header(place);
+    return writeAt(file_, 0, std::as_bytes(std::span(&header, 1)));
 }
 
 } // namespace vorlan::defaults

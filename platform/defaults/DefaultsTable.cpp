@@ -47,7 +47,7 @@ std::vector<DefaultsTable::Unsaved> DefaultsTable::unsaved() const {
 void DefaultsTable::markSaved(const std::vector<Unsaved>& saved) {
     for (const auto& [key, value, number] : saved) {
         const auto found = entries_.find(key);
-        if (found->second.number != number) continue;
+        if (found == entries_.end() || found->second.number != number) continue;
         found->second.number = 0;
         if (!found->second.value) entries_.erase(found);
     }

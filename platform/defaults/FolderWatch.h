@@ -18,10 +18,11 @@ class FolderWatcher;
 ///
 /// Changes in one moment are told in one call. Some calls have no reason that the handler could find.
 ///
-/// Threads: made and destroyed by one thread at a time; the handler runs on a serial queue that all watches share,
-///          and may run for the last time while the watch is being destroyed.
+/// Threads: made and destroyed by one thread at a time; the handler runs on a serial queue that all watches share, and
+///          may be called once more after the watch was destroyed.
 /// Owns:    the handler.
-/// Errors:  where the kernel refuses to watch (it limits how many may), the handler is called twice a second.
+/// Errors:  where the kernel refuses to watch (it limits how many may), the handler is called twice a second from then
+///          on. That a folder above the watched one was renamed is not noticed.
 class FolderWatch {
 public:
     FolderWatch(std::filesystem::path folder, std::function<void()> handler);

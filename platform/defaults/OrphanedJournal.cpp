@@ -80,13 +80,14 @@ std::vector<Change> OrphanedJournal::changes() {
     JournalHeader header;
     const auto mark = header.mark;
     if (bytes.size() >= sizeof header) std::memcpy(&header, bytes.data(), sizeof header);
-    if (bytes.size() < sizeof header || header.mark != mark) {
-        isDamaged_ = true;
-        return found;
-    }
-    readChanges(
-        std::span<const std::byte>(bytes).subspan(std::min<std::uint64_t>(header.start, bytes.size())),
-        found);
+    const bool isJournal = bytes.size() >= sizeof header && header.mark == mark;
+    const bool isSound = isJournal && header.inverse == ~header.start;
+    isDamaged_ = !isSound;
+    if (!isJournal) return found;
+    // Where the start is unknown, rather too much is taken over than too little.
+    const std::uint64_t start = isSound ? header.start : sizeof header;
+    readChanges(std::span<const std::byte>(bytes).subspan(std::min<std::uint64_t>(start, bytes.size())),
+                found);
     return found;
 }
 
@@ -96,10 +97,12 @@ void OrphanedJournal::readChanges(std::span<const std::byte> bytes, std::vector<
         if (bytes.size() >= sizeof length) std::memcpy(&length, bytes.data(), sizeof length);
         const auto rest = bytes.subspan(std::min(sizeof length, bytes.size()));
         const bool isWhole = length > 0 && length <= rest.size();
-        auto change = isWhole ? decodeChange(rest.first(length)) : std::nullopt;
-        if (change) {
+        // A length that is too large may be the damage itself, and the change behind it whole.
+        const auto content = isWhole ? rest.first(length) : rest;
+        if (auto change = decodeChange(content)) {
+            isDamaged_ |= !isWhole;
             found.push_back(*std::move(change));
-            bytes = rest.subspan(length);
+            bytes = rest.subspan(content.size());
             continue;
         }
         // The last change is cut short when the process was killed while it wrote. Anything else is damage, and

@@ -6,6 +6,8 @@
 
 #include "platform/values/Checksum.h"
 
+#include <VorlanFoundation/Platform/Value.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -64,5 +66,9 @@ inline std::array<std::byte, trailer::checksumLength> checksum(std::span<const s
     if (bytes == decltype(bytes){}) bytes[0] = std::byte{1};
     return bytes;
 }
+
+/// Reads a list that was made from a text of a size, which is what its own size is measured by: equal objects are one.
+/// Throws PropertyListError.
+Value read(std::span<const std::byte> bytes, std::size_t sourceSize);
 
 } // namespace vorlan::bplist

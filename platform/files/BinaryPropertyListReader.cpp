@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -20,7 +21,24 @@ using namespace bplist;
     throw PropertyListError(reason);
 }
 
+template <class Word>
+std::uint64_t wordOf(std::span<const std::byte> bytes) {
+    Word word = 0;
+    std::memcpy(&word, bytes.data(), sizeof word);
+    if constexpr (std::endian::native == std::endian::big) return word;
+    if constexpr (sizeof word == 2) return __builtin_bswap16(word);
+    if constexpr (sizeof word == 4) return __builtin_bswap32(word);
+    return __builtin_bswap64(word);
+}
+
 std::uint64_t numberOf(std::span<const std::byte> bytes) {
+    switch (bytes.size()) {
+    case 1: return std::to_integer<std::uint64_t>(bytes[0]);
+    case 2: return wordOf<std::uint16_t>(bytes);
+    case 4: return wordOf<std::uint32_t>(bytes);
+    case 8: return wordOf<std::uint64_t>(bytes);
+    default: break;
+    }
     std::uint64_t number = 0;
     for (const auto byte : bytes) number = (number << 8) | std::to_integer<std::uint64_t>(byte);
     return number;
@@ -33,7 +51,7 @@ std::uint64_t field(std::span<const std::byte> end, std::size_t place, std::size
 
 class Reader {
 public:
-    explicit Reader(std::span<const std::byte> bytes) : bytes_(bytes) {
+    Reader(std::span<const std::byte> bytes, std::size_t sourceSize) : bytes_(bytes) {
         if (bytes.size() < magic.size() + trailer::size ||
             !std::ranges::equal(bytes.first(magic.size()), std::as_bytes(std::span(magic))))
             refuse("it is no binary property list");
@@ -50,7 +68,9 @@ public:
             refuse("its trailer is damaged");
         objects_ = bytes.first(tableOffset);
         table_ = bytes.subspan(tableOffset, count_ * offsetSize_);
-        budget_ = 64 * (bytes.size() + 1024);
+        // A value takes some thirty times the bytes that it has in the most compact of honest lists.
+        constexpr std::size_t freeSize = 1 << 16;
+        budget_ = 64 * std::max(sourceSize, freeSize);
     }
 
     Value read() { return readObject(field(bytes_.last(trailer::size), trailer::rootObject, 8), 1); }
@@ -137,7 +157,9 @@ private:
         const bool isWide = static_cast<Marker>(head.marker) == Marker::utf16;
         const auto bytes = contentOf(head, isWide ? 2 : 1);
         if (isWide) return textOfUnits(bytes);
-        return detail::repairedText(textFromData(bytes)); // some writers put more than ASCII here
+        auto text = textFromData(bytes);
+        return utf8::isASCII(text) ? text
+                                   : detail::repairedText(text); // some writers put more than that here
     }
 
     // Halves of pairs that stand alone become U+FFFD.
@@ -231,8 +253,12 @@ private:
 
 } // namespace
 
+Value bplist::read(std::span<const std::byte> bytes, std::size_t sourceSize) {
+    return Reader(bytes, sourceSize).read();
+}
+
 Value readBinaryPropertyList(std::span<const std::byte> bytes) {
-    return Reader(bytes).read();
+    return bplist::read(bytes, bytes.size());
 }
 
 } // namespace vorlan

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <vector>
@@ -27,15 +29,14 @@ unsigned bytesFor(std::uint64_t number) {
 class Writer {
 public:
     Data write(const Value& root) {
-        // Enough for a change of one entry, which is what is written most often.
-        objects_.reserve(4);
-        out_.reserve(128);
+        objects_.reserve(4); // enough for a change of one entry, which is what is written most often
         gather(root);
         referenceSize_ = bytesFor(objects_.size());
+        out_.resize(largestSize());
         append(magic);
         offsets_.reserve(objects_.size());
         for (const auto& object : objects_) {
-            offsets_.push_back(out_.size());
+            offsets_.push_back(size_);
             if (object.key != nullptr) {
                 writeText(*object.key);
             } else {
@@ -65,12 +66,33 @@ private:
     }
 
     void gatherElements(const Value& value, int depth) {
-        if (const auto* array = value.array()) {
+        const auto* array = value.array();
+        reserveFor(array != nullptr ? array->size() : 2 * value.dictionary()->size());
+        if (array != nullptr) {
             for (const auto& element : *array) objects_.push_back({nullptr, &element, depth});
         } else {
             for (const auto& entry : *value.dictionary()) objects_.push_back({&entry.first, nullptr, depth});
             for (const auto& entry : *value.dictionary()) objects_.push_back({nullptr, &entry.second, depth});
         }
+    }
+
+    void reserveFor(std::size_t count) {
+        const auto needed = objects_.size() + count;
+        if (needed > objects_.capacity()) objects_.reserve(std::max(needed, 2 * objects_.capacity()));
+    }
+
+    // No list of these objects is larger: so the rest need not look whether there is room.
+    std::size_t largestSize() const {
+        constexpr std::size_t ends = magic.size() + trailer::size + sizeof(std::uint64_t);
+        constexpr std::size_t head = 18;  // the largest integer, or a first byte and a length
+        constexpr std::size_t offset = 8; // in the table
+        std::size_t content = 0;
+        for (const auto& [key, value, depth] : objects_) {
+            const auto* text = key != nullptr ? key : value->text();
+            if (text != nullptr) content += 2 * text->size();
+            if (value != nullptr && value->data() != nullptr) content += value->data()->size();
+        }
+        return ends + content + objects_.size() * (head + offset + referenceSize_);
     }
 
     void writeValue(const Value& value) {
@@ -85,7 +107,7 @@ private:
         case Value::Kind::text: writeText(*value.text()); break;
         case Value::Kind::data:
             writeStart(Marker::data, value.data()->size());
-            out_.insert(out_.end(), value.data()->begin(), value.data()->end());
+            append(*value.data());
             break;
         case Value::Kind::array:
             writeStart(Marker::array, value.array()->size());
@@ -122,7 +144,7 @@ private:
     }
 
     void writeText(const std::string& text) {
-        if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        if (utf8::isASCII(text)) {
             writeStart(Marker::ascii, text.size());
             append(text);
             return;
@@ -161,33 +183,40 @@ private:
     }
 
     void writeTrailer() {
-        const std::size_t tableOffset = out_.size();
+        const std::size_t tableOffset = size_;
         const unsigned offsetSize = bytesFor(tableOffset);
         for (const auto offset : offsets_) appendNumber(offset, offsetSize);
-        out_.resize(out_.size() + trailer::offsetSize);
+        appendNumber(0, trailer::offsetSize);
         append(static_cast<std::byte>(offsetSize));
         append(static_cast<std::byte>(referenceSize_));
         appendNumber(objects_.size(), 8);
         appendNumber(0, 8);
         appendNumber(tableOffset, 8);
-        const auto sum = checksum(out_);
-        std::ranges::copy(sum, out_.end() - trailer::size);
+        out_.resize(size_);
+        std::ranges::copy(checksum(out_), out_.end() - trailer::size);
     }
 
     static std::byte marker(Marker kind, unsigned detail) {
         return static_cast<std::byte>((static_cast<unsigned>(kind) << 4) | detail);
     }
 
-    void append(std::byte byte) { out_.push_back(byte); }
-    void append(std::string_view text) {
-        const auto bytes = std::as_bytes(std::span(text));
-        out_.insert(out_.end(), bytes.begin(), bytes.end());
-    }
-    void appendNumber(std::uint64_t number, unsigned size) {
-        for (unsigned i = size; i-- > 0;) out_.push_back(static_cast<std::byte>(number >> (8 * i)));
+    void append(std::byte byte) { out_[size_++] = byte; }
+    void append(std::string_view text) { append(std::as_bytes(std::span(text))); }
+    void append(std::span<const std::byte> bytes) {
+        std::ranges::copy(bytes, out_.begin() + static_cast<std::ptrdiff_t>(size_));
+        size_ += bytes.size();
     }
 
-    Data out_;
+    // Writes eight bytes, of which the first are the number, and the next to come overwrite the others.
+    void appendNumber(std::uint64_t number, unsigned size) {
+        auto word = number << (64 - 8 * size);
+        if constexpr (std::endian::native == std::endian::little) word = __builtin_bswap64(word);
+        std::memcpy(out_.data() + size_, &word, sizeof word);
+        size_ += size;
+    }
+
+    Data out_;             ///< Larger than the list, until that is complete.
+    std::size_t size_ = 0; ///< Of the list so far.
     std::vector<Object> objects_;
     std::vector<std::size_t> offsets_;
     std::vector<char16_t> units_; ///< Of the text that is being written.

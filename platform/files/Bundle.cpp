@@ -110,10 +110,10 @@ std::shared_ptr<const Bundle> Bundle::atURL(const FileURL& url) {
 }
 
 const Value& Bundle::objectForInfoDictionaryKey(std::string_view key) const noexcept {
-    static const Value nothing;
-    if (!info_) return nothing;
+    static const auto* const nothing = new Value; // never destroyed, like the main bundle
+    if (!info_) return *nothing;
     const auto found = info_->find(key);
-    return found != info_->end() ? found->second : nothing;
+    return found != info_->end() ? found->second : *nothing;
 }
 
 std::optional<std::string> Bundle::bundleIdentifier() const {

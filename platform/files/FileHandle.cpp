@@ -22,11 +22,6 @@ Descriptor openToAppend(const std::filesystem::path& path, int more) {
                            S_IRUSR | S_IWUSR));
 }
 
-bool isRegular(const Descriptor& file) {
-    struct stat status{};
-    return fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
-}
-
 } // namespace
 
 std::optional<FileHandle> FileHandle::forAppending(const std::filesystem::path& path) {
@@ -38,7 +33,7 @@ std::optional<FileHandle> FileHandle::forAppendingOrCreating(const std::filesyst
 }
 
 std::optional<FileHandle> FileHandle::owned(Descriptor file) {
-    return file && isRegular(file) ? std::optional(FileHandle(file.release())) : std::nullopt;
+    return file ? std::optional(FileHandle(file.release())) : std::nullopt;
 }
 
 FileHandle::~FileHandle() {

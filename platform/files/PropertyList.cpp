@@ -40,7 +40,7 @@ Value readXML(std::span<const std::byte> bytes) {
     plist_to_bin(list.get(), &binary, &size);
     const std::unique_ptr<char, FreeBytes> owner(binary);
     if (!owner) throw PropertyListError("it is no property list in XML");
-    return readBinaryPropertyList(std::as_bytes(std::span(binary, size)));
+    return bplist::read(std::as_bytes(std::span(binary, size)), bytes.size());
 }
 
 } // namespace

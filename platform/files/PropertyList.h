@@ -25,8 +25,8 @@ inline constexpr int propertyListDepthLimit = 512;
 /// XML is read by libplist, which keeps dates in 32 bits: those after January 2038 come out wrong.
 Value readPropertyList(std::span<const std::byte> bytes);
 
-/// Reads the binary form. Sets become arrays; a reference of an archiver becomes {"CF$UID": number}. Of a list that
-/// was written by `writeBinaryPropertyList` any damage is noticed. Throws PropertyListError.
+/// Reads the binary form. Sets become arrays; a reference of an archiver becomes {"CF$UID": number}. Damage
+/// to a list that `writeBinaryPropertyList` wrote is noticed, but for one in 2^40. Throws PropertyListError.
 ///
 /// A few bytes can stand for a list of any size, when elements are the same object over and over: what would take
 /// many times the size of the bytes is refused.

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/values/UTF8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace vorlan::utf8 {
 
 namespace {
@@ -45,13 +48,21 @@ Prefix firstCharacter(std::string_view text) noexcept {
     return {form.length, character};
 }
 
+bool isASCII(std::string_view text) noexcept {
+    constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
+    std::uint64_t bits = 0;
+    for (; text.size() >= sizeof bits; text.remove_prefix(sizeof bits)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data(), sizeof word);
+        bits |= word;
+    }
+    for (const char c : text) bits |= static_cast<unsigned char>(c);
+    return (bits & highBits) == 0;
+}
+
 bool isWellFormed(std::string_view text) noexcept {
+    if (isASCII(text)) return true; // most texts are
     while (!text.empty()) {
-        // Nearly all of most texts.
-        if (static_cast<unsigned char>(text[0]) < 0x80) {
-            text.remove_prefix(1);
-            continue;
-        }
         const auto first = firstCharacter(text);
         if (!first.isWellFormed) return false;
         text.remove_prefix(first.length);

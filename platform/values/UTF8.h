@@ -22,6 +22,9 @@ struct Prefix {
 /// The first character of a text that is not empty.
 Prefix firstCharacter(std::string_view text) noexcept;
 
+/// Whether all of it is ASCII.
+bool isASCII(std::string_view text) noexcept;
+
 /// Whether the whole text is well-formed.
 bool isWellFormed(std::string_view text) noexcept;
 

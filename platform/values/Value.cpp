@@ -13,7 +13,11 @@ namespace {
 
 constexpr std::string_view hexDigits = "0123456789abcdef";
 
-const Value nothing; // what an element is that is not there
+// What an element is that is not there. Never destroyed: it may be asked for at the very end of the process.
+const Value& nothing() noexcept {
+    static const auto* const value = new Value;
+    return *value;
+}
 
 // The integer that a number is, if it is one.
 template <class Integer>
@@ -101,13 +105,13 @@ Value::Kind Value::kind() const noexcept {
 }
 
 const Value& Value::operator[](std::string_view key) const noexcept {
-    if (dictionary() == nullptr) return nothing;
+    if (dictionary() == nullptr) return nothing();
     const auto found = dictionary()->find(key);
-    return found != dictionary()->end() ? found->second : nothing;
+    return found != dictionary()->end() ? found->second : nothing();
 }
 
 const Value& Value::operator[](std::size_t index) const noexcept {
-    return array() != nullptr && index < array()->size() ? (*array())[index] : nothing;
+    return array() != nullptr && index < array()->size() ? (*array())[index] : nothing();
 }
 
 std::string Value::description() const {
@@ -143,6 +147,14 @@ std::optional<double> Value::number() const noexcept {
     if (const auto* value = std::get_if<std::uint64_t>(&content_)) return exactlyAsNumber(*value);
     const auto value = signedInteger();
     return value ? exactlyAsNumber(*value) : std::nullopt;
+}
+
+std::optional<float> Value::narrowed(double number) noexcept {
+    constexpr double highest = std::numeric_limits<float>::max();
+    if (std::isfinite(number) && std::abs(number) > highest) return std::nullopt;
+    const auto narrow = static_cast<float>(number);
+    const bool survives = std::isnan(number) || static_cast<double>(narrow) == number;
+    return survives ? std::optional(narrow) : std::nullopt;
 }
 
 } // namespace vorlan

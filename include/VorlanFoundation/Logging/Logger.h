@@ -51,9 +51,10 @@ VORLAN_EXPORT bool isLogging();
 /// nothing is written while the entry "com.vorlan.foundation.shouldUseLogger" of the standard defaults store is
 /// not true. A change of that entry counts from the next call on, also one that another process made.
 ///
-/// A file that is larger than the limit is emptied before the next text is written to it. The file is opened for
-/// each line and closed again, so it may be moved or deleted at any time. Only the user may read it. A symbolic
-/// link in its place is not followed.
+/// A file that is larger than the limit is emptied before the next text is written to it. The end of a line is a text
+/// of its own in this: a line that takes the file over the limit goes as soon as it is complete. The file is opened for
+/// each line and closed again, so it may be moved or deleted at any time. Only the user may read it. A symbolic link in
+/// its place is not followed.
 ///
 /// Threads: safe from any thread and from several processes: each line is one write at the end of the file.
 ///          Which of two lines that are logged at once comes first is open, and one may fall victim to the other

@@ -15,7 +15,7 @@ namespace vorlan {
 
 class Descriptor;
 
-/// A regular file, open for writing at its end.
+/// A file, open for writing at its end.
 ///
 /// A symbolic link is not followed, and opening never waits, as it would for a pipe that nobody reads.
 ///
@@ -23,7 +23,7 @@ class Descriptor;
 /// Owns:    the open file, until it is destroyed.
 class VORLAN_EXPORT FileHandle {
 public:
-    /// Opens a file that is there; absent when it cannot be opened, or is no regular file.
+    /// Opens a file that is there; absent when it cannot be opened.
     static std::optional<FileHandle> forAppending(const std::filesystem::path& path);
 
     /// The same, and makes the file, for the user alone, where there is none.

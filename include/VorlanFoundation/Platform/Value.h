@@ -105,8 +105,8 @@ public:
     /// Whether it is null.
     bool isNull() const noexcept { return std::holds_alternative<std::monostate>(content_); }
 
-    /// The value as a T, absent where it is none: bool, any integer or floating-point type, std::string, Data,
-    /// Date, an enumeration with raw values, vectors and text-keyed maps of these (absent when one element is
+    /// The value as a T, absent where it is none: bool, any type of integers, float, double, std::string,
+    /// Data, Date, an enumeration with raw values, vectors and text-keyed maps of these (absent when one element is
     /// none), Value::Array, Value::Dictionary, and Value itself.
     template <class T>
     std::optional<T> as() const;
@@ -146,6 +146,8 @@ private:
     std::optional<std::uint64_t> unsignedInteger() const noexcept;
     std::optional<double> number() const noexcept;
 
+    static std::optional<float> narrowed(double number) noexcept;
+
     template <detail::Integer T>
     std::optional<T> integer() const noexcept;
     template <class T>
@@ -168,10 +170,7 @@ std::optional<T> Value::as() const {
         return integer<T>();
     } else if constexpr (std::same_as<T, float>) {
         const auto found = number();
-        // A NaN survives, though it equals nothing.
-        if (!found || (*found == *found && static_cast<double>(static_cast<float>(*found)) != *found))
-            return std::nullopt;
-        return static_cast<float>(*found);
+        return found ? narrowed(*found) : std::nullopt;
     } else if constexpr (std::same_as<T, double>) {
         return number();
     } else if constexpr (RawRepresentable<T>) {

@@ -87,19 +87,6 @@ TEST_F(FileHandleTest, WhatIsNoRegularFileIsNotOpened) {
     expectNone();
 }
 
-TEST_F(FileHandleTest, PipeThatIsReadIsNoFileEither) {
-    ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
-    const int reader = open(file().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    ASSERT_GE(reader, 0);
-    EXPECT_FALSE(FileHandle::forAppending(file()));
-    EXPECT_FALSE(FileHandle::forAppendingOrCreating(file()));
-    close(reader);
-}
-
-TEST_F(FileHandleTest, DeviceIsNoFile) {
-    EXPECT_FALSE(FileHandle::forAppending("/dev/null"));
-}
-
 TEST_F(FileHandleTest, PathWithANulIsNone) {
     EXPECT_FALSE(FileHandle::forAppendingOrCreating(file().native() + "\0more"s));
     EXPECT_FALSE(fs::exists(file()));

@@ -225,16 +225,38 @@ TEST_F(OrphanedJournals, ForeignFileOfThatNameIsKept) {
 
 TEST_F(OrphanedJournals, StartBeyondTheEndMeansThatAllWasSaved) {
     auto journal = journalOfThree();
-    const std::uint64_t start = journal.bytes.size() + 1000;
-    std::memcpy(journal.bytes.data() + offsetof(JournalHeader, start), &start, sizeof start);
+    const JournalHeader header(journal.bytes.size() + 1000);
+    std::memcpy(journal.bytes.data(), &header, sizeof header);
     EXPECT_EQ(takeOver(journal.bytes), Outcome());
+}
+
+TEST_F(OrphanedJournals, StartWithinTheHeaderIsDamageAndLosesNothing) {
+    auto journal = journalOfThree();
+    const JournalHeader header(0);
+    std::memcpy(journal.bytes.data(), &header, sizeof header);
+    EXPECT_EQ(takeOver(journal.bytes), aside(allThree));
 }
 
 TEST_F(OrphanedJournals, StartAmongTheChangesLeavesOutWhatWasSaved) {
     auto journal = journalOfThree();
-    const std::uint64_t start = journal.places[2];
-    std::memcpy(journal.bytes.data() + offsetof(JournalHeader, start), &start, sizeof start);
+    const JournalHeader header(journal.places[2]);
+    std::memcpy(journal.bytes.data(), &header, sizeof header);
     EXPECT_EQ(takeOver(journal.bytes), (Outcome{{"a = two"}}));
+}
+
+TEST_F(OrphanedJournals, DamagedStartLosesNothing) {
+    const auto journal = journalOfThree();
+    for (std::size_t bit = 0; bit < 64; ++bit) {
+        auto bytes = journal.bytes;
+        bytes[offsetof(JournalHeader, start) + bit / 8] ^= static_cast<std::byte>(1U << (bit % 8));
+        EXPECT_EQ(takeOver(bytes), aside(allThree)) << bit;
+    }
+}
+
+TEST_F(OrphanedJournals, LengthOfTheLastThatBecameTooLargeLosesNothing) {
+    auto journal = journalOfThree();
+    journal.bytes[journal.places[2] + sizeof(ChangeLength) - 1] ^= std::byte{0x40};
+    EXPECT_EQ(takeOver(journal.bytes), aside(allThree));
 }
 
 TEST_F(OrphanedJournals, FolderInPlaceOfAJournalIsLeftAlone) {

@@ -138,13 +138,12 @@ TEST(BinaryPropertyListDamage, CyclesAreRefused) {
 TEST(BinaryPropertyListDamage, FewBytesThatStandForVeryManyAreRefused) {
     EXPECT_EQ(refusalOf(tower(10, 10)), "it would become far larger than it is");
     EXPECT_EQ(refusalOf(tower(64, 2)), "it would become far larger than it is");
-    // A text of a thousand bytes, a thousand times.
+    // A text of a thousand bytes, ten thousand times.
     const auto text = raw({0x5F, 0x11, 0x03, 0xE8}) + Data(1000, std::byte{'a'});
-    const auto thousand = raw({0xAF, 0x11, 0x03, 0xE8}) + Data(1000, std::byte{1});
-    EXPECT_EQ(refusalOf({thousand, text}, {.offsetSize = 2}), "it would become far larger than it is");
+    const auto tenThousand = raw({0xAF, 0x11, 0x27, 0x10}) + Data(10'000, std::byte{1});
+    EXPECT_EQ(refusalOf({tenThousand, text}, {.offsetSize = 2}), "it would become far larger than it is");
     // The same as a key.
-    const auto dictionaries = raw({0xAF, 0x11, 0x03, 0xE8}) + Data(1000, std::byte{1});
-    EXPECT_EQ(refusalOf({dictionaries, raw({0xD1, 2, 3}), text, raw({0x09})}, {.offsetSize = 2}),
+    EXPECT_EQ(refusalOf({tenThousand, raw({0xD1, 2, 3}), text, raw({0x09})}, {.offsetSize = 2}),
               "it would become far larger than it is");
 }
 

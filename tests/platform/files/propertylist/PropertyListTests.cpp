@@ -96,6 +96,13 @@ TEST(PropertyList, XMLThatIsNoPropertyListIsRefused) {
     EXPECT_EQ(refusalOfList(dataFromText(start + "<dict>")), refusal);
 }
 
+// libplist makes one object of them, which few bytes refer to.
+TEST(PropertyList, XMLMayHoldOneTextOverAndOver) {
+    std::string elements;
+    for (int i = 0; i < 5000; ++i) elements += "<string>a text of thirty characters ..</string>";
+    EXPECT_EQ(read(xml("<array>" + elements + "</array>")).array()->size(), 5000U);
+}
+
 TEST(PropertyList, XMLCutShortAnywhereDoesNoHarm) {
     const auto list = xml("<dict><key>a</key><array><integer>1</integer><data>YWJj</data></array></dict>");
     const auto whole = read(list);
