@@ -238,8 +238,9 @@ void OperationQueue::State::setWidth(int width) {
     {
         const std::lock_guard lock(mutex_);
         width_ = checkedWidth(width);
+        // Within the lock: of two that set it at once, the same one must be the last for both.
+        threads_.setWidth(width_);
     }
-    threads_.setWidth(width);
     startWhatMay();
 }
 
