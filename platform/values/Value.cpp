@@ -97,6 +97,13 @@ std::string readable(const Value& value) {
 
 } // namespace
 
+Value::Value() noexcept = default;
+Value::Value(const Value&) = default;
+Value::Value(Value&&) noexcept = default;
+Value& Value::operator=(const Value&) = default;
+Value& Value::operator=(Value&&) noexcept = default;
+Value::~Value() = default;
+
 Value::Kind Value::kind() const noexcept {
     // In the order of the content's types.
     constexpr std::array kinds{Kind::null, Kind::boolean, Kind::integer, Kind::integer, Kind::number,
