@@ -62,6 +62,8 @@ public:
     /// What a value can be. `number` is a 64-bit floating-point number.
     enum class Kind { null, boolean, integer, number, text, data, date, array, dictionary };
 
+    /// An array that holds one array is written `Value::Array{Value(Value::Array{1})}`: of braces in braces, some
+    /// compilers make a copy of the inner one.
     using Array = std::vector<Value>;
     using Dictionary = std::map<std::string, Value, std::less<>>;
 

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <latch>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -132,8 +133,10 @@ TEST(TimerSource, CallsAfterCancelDoNothing) {
 TEST(TimerSource, HandlerMayReplaceItselfAndDestroyTheTimer) {
     const Queue queue("timers");
     Inbox<int> events;
+    std::latch isResumed(1);
     auto timer = std::make_shared<std::optional<TimerSource>>(std::in_place, queue);
-    (*timer)->setEventHandler([&events, timer] {
+    (*timer)->setEventHandler([&events, &isResumed, timer] {
+        isResumed.wait(); // what is still being called is not to be destroyed
         events.put(1);
         (*timer)->setEventHandler([&events, timer] {
             events.put(2);
@@ -142,6 +145,7 @@ TEST(TimerSource, HandlerMayReplaceItselfAndDestroyTheTimer) {
     });
     (*timer)->schedule({.deadline = queue.now(), .repeating = 1ms});
     (*timer)->resume();
+    isResumed.count_down();
     EXPECT_EQ(events.take(), 1);
     EXPECT_EQ(events.take(), 2);
     const std::weak_ptr<std::optional<TimerSource>> watched = timer;

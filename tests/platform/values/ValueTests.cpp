@@ -117,7 +117,7 @@ TEST(Value, ArrayAndDictionaryAreChangedInPlace) {
 }
 
 TEST(Value, CopiesAreIndependent) {
-    Value original(Value::Array{Value::Array{1}});
+    Value original(Value::Array{Value(Value::Array{1})});
     const Value copy = original;
     original.array()->front().array()->push_back(2);
     EXPECT_EQ(copy, Value(Value::Array{Value(Value::Array{1})}));
