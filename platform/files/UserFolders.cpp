@@ -18,7 +18,7 @@ namespace {
 
 using Path = std::filesystem::path;
 
-// An absolute path from the environment; the specification has others ignored.
+// An absolute path from the environment; the base directory standard has others ignored.
 std::optional<Path> fromEnvironment(const char* variable) {
     const char* value = std::getenv(variable);
     if (value == nullptr || value[0] != '/') return std::nullopt;

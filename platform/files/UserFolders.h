@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Where the user's files are, by the XDG base directory specification.
+// Where the user's files are, by the XDG base directory standard.
 //
 // The environment and the files of the moment count. GLib's functions of this kind keep what they found first, or last,
 // for as long as the process runs, so that a test in a temporary home would be sent to the user's own folders.

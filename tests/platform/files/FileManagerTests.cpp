@@ -120,7 +120,7 @@ TEST_F(FileManagerTest, UserDirsAreInTheConfigurationFolder) {
     EXPECT_EQ(folderFor(documents), home() / "Papers");
 }
 
-// The base directory specification has paths that are not absolute ignored.
+// The base directory standard has paths that are not absolute ignored.
 TEST_F(FileManagerTest, RelativeConfigurationFolderIsIgnored) {
     fs::create_directory(home() / "settings");
     writeText(home() / "settings/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Wrong\"\n");
