@@ -87,7 +87,7 @@ void DefaultsFile::moveDamagedAside() {
 }
 
 bool DefaultsFile::replace(Value::Dictionary entries) {
-    const Value list(std::move(entries));
+    Value list(std::move(entries));
     const auto temporary = path_.native() + ".new";
     Identity identity;
     if (!write(writeBinaryPropertyList(list), temporary, identity) ||
@@ -97,7 +97,7 @@ bool DefaultsFile::replace(Value::Dictionary entries) {
         return false;
     }
     seen_ = identity;
-    entries_ = *list.dictionary();
+    entries_ = std::move(*list.dictionary());
     return syncFolder();
 }
 

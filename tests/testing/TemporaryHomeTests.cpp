@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Testing/TemporaryHome.h>
 
+#include <VorlanFoundation/Logging/Logger.h>
+#include <VorlanFoundation/Platform/UserDefaults.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -35,6 +38,28 @@ TEST(TemporaryHome, VariablesHaveTheirFormerValuesAgainAndTheFoldersAreGone) {
     EXPECT_FALSE(fs::exists(path));
     EXPECT_STREQ(std::getenv("HOME"), "/former/home");
     EXPECT_EQ(std::getenv("XDG_DATA_HOME"), nullptr);
+}
+
+TEST(TemporaryHome, StoresAreEmptyWithNothingRegisteredAndTheLogFileIsANewOne) {
+    auto& defaults = vorlan::UserDefaults::standard();
+    const auto log = [](const TemporaryHome& home) { return home.path() / "Documents/home.log"; };
+    vorlan::Logger::changeFileName("home.log");
+    {
+        const TemporaryHome first;
+        defaults["a"] = 1;
+        defaults.registerDefaults({{"b", 2}});
+        vorlan::Logger::makeLogging(true);
+        vorlan::Logger::log("in the first");
+        EXPECT_TRUE(fs::exists(log(first)));
+    }
+    const TemporaryHome second;
+    EXPECT_EQ(defaults.dictionaryRepresentation(), vorlan::Value::Dictionary());
+    vorlan::Logger::log("switched off here");
+    EXPECT_FALSE(fs::exists(log(second)));
+    vorlan::Logger::makeLogging(true);
+    vorlan::Logger::log("in the second");
+    EXPECT_TRUE(fs::exists(log(second))) << "under the name that the host gave";
+    vorlan::Logger::changeFileName("0475148A-4EE3-4F85-A54C-D3A15BADD933.log"); // as it was
 }
 
 TEST(TemporaryHome, EachIsFresh) {

@@ -15,8 +15,8 @@ namespace vorlan::testing {
 
 /// Points HOME and the XDG variables (CONFIG, DATA, CACHE, STATE and RUNTIME) to empty folders of its own.
 ///
-/// Everything that the library keeps in the user's folders follows: defaults stores are empty, and the log file is
-/// a new one. Settings of the host that are only kept in memory stay.
+/// Everything that the library keeps in the user's folders follows: defaults stores are empty, with nothing
+/// registered, and the log file is a new one. The log file's name and size limit stay as the host set them.
 ///
 /// When it is destroyed the variables have their former values again and the folders are gone, with all in
 /// them.

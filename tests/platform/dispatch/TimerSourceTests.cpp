@@ -17,6 +17,16 @@ using namespace vorlan;
 using namespace std::chrono_literals;
 using support::Inbox;
 
+namespace {
+
+// Stops a timer that repeats: an event that is under way is over before what it tells goes.
+void stop(TimerSource& timer, const Queue& queue) {
+    timer.cancel();
+    queue.sync([] {});
+}
+
+} // namespace
+
 TEST(TimerSource, FiresFirstAtTheDeadlineAndThenAtTheIntervalNeverEarly) {
     const Queue queue("timers");
     Inbox<DispatchTime> events;
@@ -30,6 +40,7 @@ TEST(TimerSource, FiresFirstAtTheDeadlineAndThenAtTheIntervalNeverEarly) {
         ASSERT_TRUE(event);
         EXPECT_GE(*event, start + 30ms + std::chrono::milliseconds(20 * i));
     }
+    stop(timer, queue);
 }
 
 TEST(TimerSource, IsMadeSuspended) {
@@ -91,6 +102,7 @@ TEST(TimerSource, EventsAreJoinedWhileSuspended) {
     const auto third = events.take();
     ASSERT_TRUE(third);
     EXPECT_GE(*third, resumed + 1ms);
+    stop(timer, queue);
 }
 
 TEST(TimerSource, NoEventBeginsAfterCancellingOnTheTimersSerialQueue) {
@@ -233,4 +245,5 @@ TEST(TimerSource, HandlerThatReplacesItselfIsLetGoAfterItsEvent) {
     EXPECT_EQ(events.take(), 1);
     EXPECT_EQ(events.take(), 2);
     EXPECT_EQ(value.use_count(), 1);
+    stop(timer, queue);
 }
