@@ -2,8 +2,8 @@
 #include "platform/defaults/DefaultsDomain.h"
 
 #include "platform/defaults/Change.h"
-#include "platform/defaults/FileLock.h"
 #include "platform/defaults/OrphanedJournal.h"
+#include "platform/files/FileLock.h"
 #include "platform/files/UserFolders.h"
 
 #include <VorlanFoundation/Platform/FileManager.h>
@@ -24,7 +24,6 @@ namespace vorlan {
 using defaults::Change;
 using defaults::DefaultsJournal;
 using defaults::DefaultsTable;
-using defaults::FileLock;
 using defaults::OrphanedJournal;
 
 namespace {

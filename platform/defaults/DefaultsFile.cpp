@@ -98,7 +98,7 @@ bool DefaultsFile::replace(Value::Dictionary entries) {
     }
     seen_ = identity;
     entries_ = std::move(*list.dictionary());
-    return syncFolder();
+    return syncFolder(path_.parent_path());
 }
 
 bool DefaultsFile::write(const Data& bytes, const std::filesystem::path& path, Identity& identity) {
@@ -109,12 +109,6 @@ bool DefaultsFile::write(const Data& bytes, const std::filesystem::path& path, I
         return false;
     identity = identityOf(status);
     return true;
-}
-
-bool DefaultsFile::syncFolder() const {
-    const Descriptor folder(open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // Some file systems have no such thing, and then the name is as safe as it gets.
-    return folder && (fsync(folder.number()) == 0 || errno == EINVAL);
 }
 
 } // namespace vorlan::defaults

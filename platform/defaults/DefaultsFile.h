@@ -69,7 +69,6 @@ private:
     Identity identityNow() const;
     Value::Dictionary read() const;
     bool write(const Data& bytes, const std::filesystem::path& path, Identity& identity);
-    bool syncFolder() const;
 
     std::filesystem::path path_;
     Problems& problems_;

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <string>
 #include <system_error>
 
 namespace vorlan {
@@ -55,6 +57,31 @@ bool writeAll(const Descriptor& file, std::span<const std::byte> bytes) {
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
     return true;
+}
+
+// A file without a name gets one once it is whole. Where the file system has no such files, the name is of another file
+// first, which a process that is killed leaves behind.
+bool createFile(const std::filesystem::path& path, std::span<const std::byte> bytes) {
+    const auto folder = path.parent_path();
+    Descriptor file(open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    std::string name = "/proc/self/fd/" + std::to_string(file.number());
+    const bool hasName = !file;
+    if (hasName) {
+        name = path.native() + ".XXXXXX";
+        file = Descriptor(mkostemp(name.data(), O_CLOEXEC));
+    }
+    const bool isMade = file && writeAll(file, bytes) && fsync(file.number()) == 0 &&
+                        linkat(AT_FDCWD, name.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    const int error = errno;
+    if (hasName && file) unlink(name.c_str());
+    if (!isMade) errno = error;
+    return isMade && syncFolder(folder);
+}
+
+bool syncFolder(const std::filesystem::path& folder) {
+    const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Some file systems have no such thing, and then the name is as safe as it gets.
+    return opened && (fsync(opened.number()) == 0 || errno == EINVAL);
 }
 
 } // namespace vorlan

@@ -23,4 +23,11 @@ std::optional<Data> readFile(const std::filesystem::path& path);
 /// Writes all of `bytes`; false, with errno set, when that failed, and some of them may be written.
 bool writeAll(const Descriptor& file, std::span<const std::byte> bytes);
 
+/// Makes a file for the user alone, with that content from its first moment on, durably. False, with errno set, when
+/// that failed: EEXIST when there is one already.
+bool createFile(const std::filesystem::path& path, std::span<const std::byte> bytes);
+
+/// Makes durable what files a folder has, under what names; false, with errno set, when that failed.
+bool syncFolder(const std::filesystem::path& folder);
+
 } // namespace vorlan

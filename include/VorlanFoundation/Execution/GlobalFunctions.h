@@ -127,16 +127,16 @@ std::invoke_result_t<Block> synchronized(Lock& lock, Block&& block) {
 template <class T = void, class DefaultValue>
     requires std::invocable<DefaultValue>
 auto associatedValue(const Object& host, const void* key, DefaultValue&& defaultValue) {
-    using Value =
+    using Kept =
         std::conditional_t<std::is_void_v<T>, std::remove_cvref_t<std::invoke_result_t<DefaultValue>>, T>;
-    using Typed = detail::TypedAssociatedValue<Value>;
-    return synchronized(host, [&]() -> Value {
+    using Typed = detail::TypedAssociatedValue<Kept>;
+    return synchronized(host, [&]() -> Kept {
         if (auto* found = host.association(key)) {
-            if (found->type() != typeid(Value)) detail::stopForDifferentKind(key, *found);
+            if (found->type() != typeid(Kept)) detail::stopForDifferentKind(key, *found);
             return static_cast<Typed*>(found)->value;
         }
         auto fresh = std::make_unique<Typed>(std::invoke(std::forward<DefaultValue>(defaultValue)));
-        Value value = fresh->value;
+        Kept value = fresh->value;
         host.associate(key, std::move(fresh));
         return value;
     });

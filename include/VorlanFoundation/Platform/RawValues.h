@@ -12,9 +12,13 @@
 //     rawValue(Theme::dark);                  // "dark"
 //     fromRawValue<Theme>("dark");            // Theme::dark
 //     fromRawValue<Theme>("grey");            // no value
+//     for (const Theme theme : allCases<Theme>()) offer(theme);
 
 #include <VorlanFoundation/Platform/FatalError.h>
 
+#include <array>
+#include <cstddef>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <type_traits>
@@ -53,6 +57,15 @@ constexpr std::optional<Enumeration> fromRawValue(RawValueOf<Enumeration> raw) {
     for (const auto& [value, known] : RawValues<Enumeration>::cases)
         if (known == raw) return value;
     return std::nullopt;
+}
+
+/// All cases, in the order of their declaration there.
+template <RawRepresentable Enumeration>
+constexpr auto allCases() {
+    constexpr auto& pairs = RawValues<Enumeration>::cases;
+    std::array<Enumeration, std::size(pairs)> cases{};
+    for (std::size_t i = 0; i < cases.size(); ++i) cases[i] = pairs[i].first;
+    return cases;
 }
 
 } // namespace vorlan
