@@ -3,6 +3,8 @@
 
 // The test kit: what a host's tests need to drive the library by hand. Link VorlanFoundation::Testing.
 
+#include <VorlanFoundation/Testing/InMemoryKeychain.h>
+#include <VorlanFoundation/Testing/KeychainFault.h>
 #include <VorlanFoundation/Testing/MainLoop.h>
 #include <VorlanFoundation/Testing/ManualQueue.h>
 #include <VorlanFoundation/Testing/ScriptedNetwork.h>

@@ -5,6 +5,7 @@
 
 #include <VorlanFoundation/Execution.h>
 #include <VorlanFoundation/Extensions.h>
+#include <VorlanFoundation/Keychain.h>
 #include <VorlanFoundation/Logging.h>
 #include <VorlanFoundation/Observation.h>
 #include <VorlanFoundation/Persistence.h>
