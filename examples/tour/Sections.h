@@ -11,6 +11,7 @@ bool showOperations();
 bool showObservation();
 bool showLogging();
 bool showSettings();
+bool showKeychain();
 bool showNetwork();
 
 /// Prints each change of the network until the process is interrupted; returns its exit status.

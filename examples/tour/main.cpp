@@ -56,8 +56,9 @@ int main(int argc, char** argv) {
 
     if (watches) stopMainLoopOnSignals();
     bool isComplete = true;
-    for (const auto show : {tour::showExecution, tour::showPacing, tour::showOperations,
-                            tour::showObservation, tour::showLogging, tour::showSettings, tour::showNetwork})
+    for (const auto show :
+         {tour::showExecution, tour::showPacing, tour::showOperations, tour::showObservation,
+          tour::showLogging, tour::showSettings, tour::showKeychain, tour::showNetwork})
         isComplete &= show();
     if (watches) return tour::watchNetwork();
     return isComplete ? 0 : 1;

@@ -1,11 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The examples do what they say: the ten lines of the README, and the tour with its watch of the network.
+"""The examples do what they say: the ten lines of the README, the tour with its watch of the network,
+and the passwords that are kept.
 
-Usage: ExamplesTests.py MINIMAL TOUR README [unittest arguments]
+Usage: ExamplesTests.py MINIMAL TOUR SECRETS README [unittest arguments]
 """
 
 import os
 import pathlib
+import pty
 import re
 import selectors
 import shutil
@@ -13,10 +15,11 @@ import signal
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 
-minimal, tour, readme = sys.argv[1:4]
+minimal, tour, secrets, readme = sys.argv[1:5]
 limit = 60  # seconds; generous, as sanitizers and a busy machine are slow
 
 
@@ -73,9 +76,10 @@ class Tour(unittest.TestCase):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation",
-                      "Logging and timing", "Settings, folders and the bundle", "Network"):
+                      "Logging and timing", "Settings, folders and the bundle", "Keychain", "Network"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
+        self.assertNotIn("correct horse", result.stdout, "a secret")
         self.assertNotIn("\x1b", result.stdout)
 
     def test_leaves_the_user_s_folders_alone(self):
@@ -126,5 +130,96 @@ class Tour(unittest.TestCase):
         self.assertEqual(output.wait_for("status ").split()[1], "0")
 
 
+class Secrets(unittest.TestCase):
+    def setUp(self):
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        self.data = pathlib.Path(home.name) / "data"
+        self.environment = {**os.environ, "HOME": home.name, "XDG_DATA_HOME": str(self.data),
+                            "VORLAN_KEYCHAIN_STORE": "embedded", "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent/bus"}
+
+    def ask(self, *arguments, input=""):
+        result = subprocess.run([secrets, *arguments], input=input, capture_output=True, text=True, timeout=limit,
+                                env=self.environment)
+        return result.returncode, result.stdout, result.stderr
+
+    def test_keeps_a_password_until_it_is_deleted(self):
+        self.assertEqual(self.ask("list"), (0, "", ""))
+        self.assertEqual(self.ask("set", "mail", input="correct horse\nanother line\n"), (0, "", ""))
+        self.assertEqual(self.ask("set", "chat", input="no line end"), (0, "", ""))
+        self.assertEqual(self.ask("list"), (0, "mail\nchat\n", ""))
+        self.assertEqual(self.ask("get", "mail"), (0, "correct horse\n", ""))
+        self.assertEqual(self.ask("get", "chat"), (0, "no line end\n", ""))
+        self.assertEqual(self.ask("set", "mail", input="battery staple\n"), (0, "", ""))
+        self.assertEqual(self.ask("get", "mail"), (0, "battery staple\n", ""))
+        self.assertEqual(self.ask("delete", "mail"), (0, "", ""))
+        self.assertEqual(self.ask("list"), (0, "chat\n", ""))
+
+    def test_says_what_is_not_there(self):
+        missing = (1, "", "vorlan-secrets: there is no password 'mail'\n")
+        self.assertEqual(self.ask("get", "mail"), missing)
+        self.assertEqual(self.ask("delete", "mail"), missing)
+        self.ask("set", "chat", input="secret\n")
+        self.assertEqual(self.ask("get", "mail"), missing)
+
+    def test_says_that_the_keychain_cannot_be_reached(self):
+        self.environment["VORLAN_KEYCHAIN_STORE"] = "secretService"
+        unreachable = (1, "", "vorlan-secrets: The keychain cannot be reached\n")
+        self.assertEqual(self.ask("set", "mail", input="secret\n"), unreachable)
+        self.assertEqual(self.ask("get", "mail"), unreachable)
+        self.assertEqual(self.ask("list"), unreachable)
+
+    def test_says_where_they_are_kept(self):
+        self.assertEqual(self.ask("where"), (0, f"the embedded keychain in {self.data}/vorlan/keychain\n", ""))
+
+    def test_needs_a_password(self):
+        self.assertEqual(self.ask("set", "mail"), (1, "", "vorlan-secrets: no password was given\n"))
+        self.assertEqual(self.ask("list"), (0, "", ""))
+
+    def test_refuses_what_it_does_not_know(self):
+        for arguments in ((), ("wipe",), ("get",), ("list", "all"), ("set", "a", "b")):
+            code, output, error = self.ask(*arguments)
+            self.assertEqual((code, output), (2, ""))
+            self.assertIn("Usage:", error)
+        self.assertIn("Usage:", self.ask("--help")[1])
+
+    def test_shows_nothing_of_what_is_typed(self):
+        terminal, other_end = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        process = subprocess.Popen([secrets, "set", "mail"], stdin=other_end, stdout=other_end, stderr=other_end,
+                                   env=self.environment)
+        os.close(other_end)
+        shown = b""
+        while not shown.endswith(b"Password for mail: "):
+            shown += os.read(terminal, 1000)
+        os.write(terminal, b"correct horse\n")
+        process.wait(limit)
+        try:
+            while chunk := os.read(terminal, 1000):
+                shown += chunk
+        except OSError:  # the other end is closed
+            pass
+        self.assertEqual(process.returncode, 0)
+        self.assertNotIn(b"horse", shown)
+        self.assertEqual(self.ask("get", "mail"), (0, "correct horse\n", ""))
+
+    def test_interrupted_it_leaves_a_terminal_that_shows_what_is_typed(self):
+        terminal, other_end = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        self.addCleanup(os.close, other_end)
+        process = subprocess.Popen([secrets, "set", "mail"], stdin=other_end, stdout=other_end, stderr=other_end,
+                                   env=self.environment)
+        shown = b""
+        while not shown.endswith(b"Password for mail: "):
+            shown += os.read(terminal, 1000)
+        self.assertFalse(termios.tcgetattr(other_end)[3] & termios.ECHO)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        process.send_signal(signal.SIGTERM)
+        self.assertEqual(process.wait(limit), -signal.SIGTERM)
+        self.assertTrue(termios.tcgetattr(other_end)[3] & termios.ECHO)
+        self.assertEqual(self.ask("list"), (0, "", ""))
+
+
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[4:]])
+    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[5:]])
