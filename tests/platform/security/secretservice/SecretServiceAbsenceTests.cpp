@@ -124,7 +124,7 @@ TEST_F(SecretServiceAbsenceTest, KeyringThatComesLateIsWaitedFor) {
     });
     begun.wait();
     std::latch connected(1);
-    Queue::global().asyncAfter(500ms, [&] {
+    Queue::global().asyncAfter(3s, [&] {
         fake_.connect();
         connected.count_down();
     });
