@@ -3,6 +3,9 @@
 
 #include <VorlanFoundation/Platform/HomeChange.h>
 
+#include <pthread.h>
+
+#include <atomic>
 #include <utility>
 
 namespace vorlan {
@@ -10,6 +13,8 @@ namespace vorlan {
 namespace security {
 
 namespace {
+
+std::atomic<bool> isForkedChild = false;
 
 KeychainSession::Access accessOf(detail::KeychainOperation operation) {
     switch (operation) {
@@ -21,13 +26,17 @@ KeychainSession::Access accessOf(detail::KeychainOperation operation) {
 
 } // namespace
 
+KeychainAccess::KeychainAccess() {
+    pthread_atfork(nullptr, nullptr, [] { isForkedChild = true; });
+}
+
 KeychainAccess& KeychainAccess::shared() {
     static auto* access = new KeychainAccess; // never destroyed: threads may use it until the process ends
     return *access;
 }
 
 std::shared_ptr<KeychainSession> KeychainAccess::session() {
-    if (::getpid() != process_) return nullptr;
+    if (isForkedChild) return nullptr;
     const auto generation = detail::homeGeneration();
     const std::lock_guard lock(mutex_);
     if (!session_ || generation != generation_) {
@@ -39,6 +48,7 @@ std::shared_ptr<KeychainSession> KeychainAccess::session() {
 }
 
 void KeychainAccess::configure(KeychainOptions options) {
+    if (isForkedChild) return;
     auto session = std::make_shared<KeychainSession>(std::move(options));
     const std::lock_guard lock(mutex_);
     session_.swap(session);
@@ -52,6 +62,7 @@ std::shared_ptr<detail::KeychainFaults> KeychainAccess::faults() const {
 }
 
 void KeychainAccess::setFaults(std::shared_ptr<detail::KeychainFaults> faults) {
+    if (isForkedChild) return;
     const std::lock_guard lock(mutex_);
     faults_.swap(faults);
     holdOff_.end();

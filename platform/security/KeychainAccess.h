@@ -9,9 +9,6 @@
 #include <VorlanFoundation/Platform/KeychainFaults.h>
 #include <VorlanFoundation/Platform/KeychainStore.h>
 
-#include <sys/types.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -42,9 +39,10 @@ public:
     void endHoldOff() { holdOff_.end(); }
 
 private:
+    KeychainAccess();
+
     std::shared_ptr<detail::KeychainFaults> faults() const;
 
-    const pid_t process_ = ::getpid();
     mutable std::mutex mutex_;
     std::shared_ptr<KeychainSession> session_;
     std::uint64_t generation_ = 0; ///< Of the home folder that the session is for.

@@ -58,8 +58,8 @@ Data ItemSealer::context(const ItemRow& row, std::string_view part) const {
         .take();
 }
 
-Key ItemSealer::valueKey(const ItemRow& row) const {
-    return derivedKey(keys_.values(itemKeyOf(row.accessible)), "item", row.identifier);
+const Key& ItemSealer::valueKey(const ItemRow& row) const {
+    return keys_.value(itemKeyOf(row.accessible), row.identifier);
 }
 
 Key ItemSealer::attributesKey(const ItemRow& row) const {

@@ -65,7 +65,7 @@ public:
 
 private:
     Data context(const ItemRow& row, std::string_view part) const;
-    Key valueKey(const ItemRow& row) const;
+    const Key& valueKey(const ItemRow& row) const;
     Key attributesKey(const ItemRow& row) const;
     Data sealedAttributes(const ItemRow& row, const KeychainItem& item) const;
 

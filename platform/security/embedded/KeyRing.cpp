@@ -84,11 +84,27 @@ Data KeyRing::sealedSecond(const Key& master, const std::optional<Passphrase>& p
                       context("second"));
 }
 
+void KeyRing::lock() {
+    whenUnlocked_.reset();
+    values_.clear();
+}
+
 const Key& KeyRing::values(ItemKey kind) const {
     if (kind == ItemKey::always) return always_;
     const auto& key = kind == ItemKey::afterFirstUnlock ? afterFirstUnlock_ : whenUnlocked_;
     if (!key) throw StatusError(errSecInteractionNotAllowed);
     return *key;
+}
+
+// Making a key takes longer than opening a password by it, and the same items are asked for again and again.
+const Key& KeyRing::value(ItemKey kind, const ItemIdentifier& item) const {
+    constexpr std::size_t most = 256;
+    if (values_.size() >= most) values_.clear();
+    const auto place = std::pair(kind, item);
+    const auto found = values_.find(place);
+    return found != values_.end()
+               ? found->second
+               : values_.emplace(place, derivedKey(values(kind), "item", item)).first->second;
 }
 
 } // namespace vorlan::security::embedded

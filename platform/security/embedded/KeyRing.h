@@ -6,8 +6,10 @@
 #include "platform/security/ItemStore.h"
 #include "platform/security/embedded/Sealing.h"
 
+#include <map>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace vorlan::security::embedded {
 
@@ -48,17 +50,18 @@ public:
     Data sealedSecond(const Key& master, const std::optional<Passphrase>& passphrase) const;
 
     /// Forgets the key of items that are to be read when unlocked only.
-    void lock() { whenUnlocked_.reset(); }
+    void lock();
 
     const Key& index() const noexcept { return index_; }
     const Key& attributes() const noexcept { return attributes_; }
-    /// The key for the values of such items. errSecInteractionNotAllowed when it is locked.
-    const Key& values(ItemKey kind) const;
+    /// The key for the value of one item of that kind. errSecInteractionNotAllowed when such items are locked.
+    const Key& value(ItemKey kind, const ItemIdentifier& item) const;
 
 private:
     explicit KeyRing(const ItemIdentifier& store) : store_(store) {}
 
     Data context(std::string_view block) const;
+    const Key& values(ItemKey kind) const;
 
     ItemIdentifier store_;
     Key index_;
@@ -66,6 +69,7 @@ private:
     Key always_;
     std::optional<Key> afterFirstUnlock_;
     std::optional<Key> whenUnlocked_;
+    mutable std::map<std::pair<ItemKey, ItemIdentifier>, Key> values_; ///< What was made for items before.
 };
 
 } // namespace vorlan::security::embedded
