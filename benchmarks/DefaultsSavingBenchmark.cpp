@@ -4,6 +4,7 @@
 #include "benchmarks/support/PlainFile.h"
 #include "benchmarks/support/Rows.h"
 #include "benchmarks/support/SampleEntries.h"
+#include "benchmarks/support/WallTimes.h"
 #include "platform/files/PropertyList.h"
 
 #include <VorlanFoundation/Platform/UserDefaults.h>
@@ -12,14 +13,9 @@
 #include <QtCore/QString>
 #include <glib.h>
 
-#include <algorithm>
-#include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <memory>
-#include <numeric>
-#include <span>
 #include <string>
 
 namespace vorlan::benchmarks {
@@ -32,29 +28,10 @@ constexpr auto group = "set one of 100 and save them";
 
 constexpr std::size_t saves = 25;
 
-/// The mean of the middle half: where a disk or a busy machine makes times cluster, a median jumps between clusters.
-double middle(std::span<double> times) {
-    std::ranges::sort(times);
-    const auto half = times.subspan(times.size() / 4, times.size() / 2);
-    return std::accumulate(half.begin(), half.end(), 0.0) / static_cast<double>(half.size());
-}
-
-/// The time of a save by the clock on the wall: processors have little to do with it.
 template <class Save>
 void measure(benchmark::State& state, const Save& save) {
     if (!save(0)) state.SkipWithError("cannot save"); // makes the file
-    for ([[maybe_unused]] auto _ : state) {
-        std::array<double, saves> times{};
-        for (std::size_t i = 0; i < saves; ++i) {
-            const auto start = std::chrono::steady_clock::now();
-            const bool isSaved = save(i + 1);
-            times.at(i) = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-            if (!isSaved) state.SkipWithError("cannot save");
-        }
-        state.SetIterationTime(middle(times));
-        constexpr double nanosecondsPerSecond = 1e9;
-        state.counters["worst"] = times.back() * nanosecondsPerSecond;
-    }
+    measureEach(state, saves, [&](std::size_t i) { return save(i + 1); });
 }
 
 /// The entry that is set each time.
