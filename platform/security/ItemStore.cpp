@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/security/ItemStore.h"
 
-#include <VorlanFoundation/Platform/FatalError.h>
-
-#include <openssl/rand.h>
+#include "platform/security/RandomBytes.h"
 
 #include <algorithm>
 #include <atomic>
@@ -80,8 +78,7 @@ std::int64_t nowInMicroseconds() {
 
 ItemIdentifier makeItemIdentifier() {
     ItemIdentifier identifier;
-    if (RAND_bytes(reinterpret_cast<unsigned char*>(identifier.data()), identifier.size()) != 1)
-        fatalError("the system gives no random numbers", "VorlanFoundation/Security");
+    fillRandomly(identifier);
     return identifier;
 }
 

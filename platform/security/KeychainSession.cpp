@@ -131,24 +131,28 @@ OSStatus KeychainSession::openRecorded(Access access, Reading& reading, FileLock
 }
 
 OSStatus KeychainSession::openUnrecorded(Access access, FileLock& lock, OpenStore& store) {
-    const auto files = embedded();
-    const bool hasFiles = files->exists();
     if (wanted_ == Store::secretService) {
         store = {.items = secretService(), .kind = Store::secretService};
         if (access == Access::reading) return errSecSuccess;
         makeFolder(folder_);
         return lockWriters(lock, FileLock::Mode::alone);
     }
-    if (!hasFiles) return errSecItemNotFound;
-    ItemIdentifier identifier;
+    const auto files = embedded();
     bool hasItems = false;
-    if (const auto status = files->create(identifier, hasItems); status != errSecSuccess) return status;
+    if (const auto status = lookForItems(*files, hasItems); status != errSecSuccess) return status;
     if (!hasItems) return errSecItemNotFound;
-    if (wanted_ == Store::automatic)
-        return refuse(errSecInvalidKeychain, "there are keychain items in " + folder_.string() +
-                                                 ", but no record of the store; choose one explicitly");
     store = {.items = files, .kind = Store::embedded};
     return access == Access::reading ? errSecSuccess : lockWriters(lock, FileLock::Mode::shared);
+}
+
+// Items that no record tells of: the host has to say what they are.
+OSStatus KeychainSession::lookForItems(EmbeddedStore& files, bool& hasItems) {
+    if (!files.exists()) return errSecSuccess;
+    ItemIdentifier identifier;
+    const auto status = files.create(identifier, hasItems);
+    if (status != errSecSuccess || !hasItems || wanted_ != Store::automatic) return status;
+    return refuse(errSecInvalidKeychain, "there are keychain items in " + folder_.string() +
+                                             ", but no record of the store; choose one explicitly");
 }
 
 // The first item of this user: whoever gets the lock first decides.
@@ -164,13 +168,8 @@ OSStatus KeychainSession::openFirst(Reading& reading, FileLock& lock, OpenStore&
 OSStatus KeychainSession::chooseFirst(OpenStore& store) {
     const auto files = embedded();
     bool hasItems = false;
-    ItemIdentifier identifier = makeItemIdentifier();
-    if (wanted_ == Store::automatic && files->exists()) {
-        if (const auto status = files->create(identifier, hasItems); status != errSecSuccess) return status;
-        if (hasItems)
-            return refuse(errSecInvalidKeychain, "there are keychain items in " + folder_.string() +
-                                                     ", but no record of the store; choose one explicitly");
-    }
+    if (wanted_ == Store::automatic)
+        if (const auto status = lookForItems(*files, hasItems); status != errSecSuccess) return status;
     if (wanted_ != Store::embedded) {
         store = {.items = secretService(), .kind = Store::secretService};
         const bool isReady = store.items->isReady();
@@ -178,10 +177,11 @@ OSStatus KeychainSession::chooseFirst(OpenStore& store) {
         if (!isReady && wanted_ == Store::secretService) return errSecSuccess;
         if (isReady) {
             store.isRecorded = true;
-            return record(Store::secretService, identifier);
+            return record(Store::secretService, makeItemIdentifier());
         }
     }
     store = {.items = files, .kind = Store::embedded, .isRecorded = true};
+    ItemIdentifier identifier;
     if (const auto status = files->create(identifier, hasItems); status != errSecSuccess) return status;
     return record(Store::embedded, identifier);
 }

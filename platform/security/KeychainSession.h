@@ -68,6 +68,7 @@ private:
     OSStatus openUnrecorded(Access access, FileLock& lock, OpenStore& store);
     OSStatus openFirst(Reading& reading, FileLock& lock, OpenStore& store);
     OSStatus chooseFirst(OpenStore& store);
+    OSStatus lookForItems(EmbeddedStore& files, bool& hasItems);
     OSStatus record(KeychainOptions::Store kind, const ItemIdentifier& identifier);
     OSStatus lockWriters(FileLock& lock, FileLock::Mode mode);
     OpenStore storeOf(const RecordedStore& recorded);

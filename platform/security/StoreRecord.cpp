@@ -11,7 +11,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <span>
 #include <sstream>
 #include <system_error>

@@ -6,6 +6,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -36,9 +37,11 @@ OSStatus statusOf(const Work& work) {
 
 } // namespace
 
+// One that is empty was being made when its process was killed: there is nothing in it, not even that it is ours.
 bool EmbeddedFiles::exist() const {
-    std::error_code error;
-    return std::filesystem::symlink_status(database, error).type() != std::filesystem::file_type::not_found;
+    struct stat status{};
+    if (lstat(database.c_str(), &status) != 0) return errno != ENOENT && errno != ENOTDIR;
+    return !S_ISREG(status.st_mode) || status.st_size > 0;
 }
 
 EmbeddedStore::EmbeddedStore(EmbeddedFiles files) : files_(std::move(files)) {}

@@ -28,7 +28,7 @@ struct EmbeddedFiles {
     std::filesystem::path database;
     std::filesystem::path key;
 
-    /// Whether there is a database, of whatever kind.
+    /// Whether there is a database, of whatever kind, with anything in it.
     bool exist() const;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/security/embedded/Sealing.h"
 
+#include "platform/security/RandomBytes.h"
 #include "platform/security/StatusError.h"
 
 #include <VorlanFoundation/Platform/FatalError.h>
@@ -9,7 +10,6 @@
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/params.h>
-#include <openssl/rand.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -68,11 +68,6 @@ unsigned char* raw(std::byte* bytes) {
 
 const unsigned char* raw(const std::byte* bytes) {
     return reinterpret_cast<const unsigned char*>(bytes);
-}
-
-void fillRandomly(std::span<std::byte> bytes) {
-    if (RAND_bytes(raw(bytes.data()), static_cast<int>(bytes.size())) != 1)
-        fatalError("the system gives no random numbers", "VorlanFoundation/Keychain");
 }
 
 std::array<std::byte, 4> lengthOf(std::span<const std::byte> part) {

@@ -11,7 +11,6 @@ namespace vorlan::security::secretservice {
 
 struct GLibRelease {
     void operator()(GVariant* variant) const noexcept { g_variant_unref(variant); }
-    void operator()(GError* error) const noexcept { g_error_free(error); }
     void operator()(gchar* text) const noexcept { g_free(text); }
     void operator()(GMainContext* context) const noexcept { g_main_context_unref(context); }
     // Every other type here is a class of GObject.
@@ -23,7 +22,6 @@ template <class Type>
 using ObjectOwner = std::unique_ptr<Type, GLibRelease>;
 
 using VariantOwner = std::unique_ptr<GVariant, GLibRelease>;
-using ErrorOwner = std::unique_ptr<GError, GLibRelease>;
 using TextOwner = std::unique_ptr<gchar, GLibRelease>;
 using ContextOwner = std::unique_ptr<GMainContext, GLibRelease>;
 

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/security/secretservice/ItemAttributes.h"
 
+#include "platform/security/Hexadecimal.h"
 #include "platform/security/secretservice/Base64.h"
 #include "platform/security/secretservice/Failure.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <string_view>
 #include <system_error>
@@ -58,19 +60,12 @@ std::string name(const Attributes& attributes, const std::string& key) {
     return textFromData(bytesOf(text));
 }
 
-bool isHyphenBefore(std::size_t byte) {
-    return byte == 4 || byte == 6 || byte == 8 || byte == 10;
-}
+/// Where a UUID's text has its hyphens.
+constexpr std::array hyphens{8, 13, 18, 23};
 
 std::string textOf(const ItemIdentifier& identifier) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (std::size_t i = 0; i < identifier.size(); ++i) {
-        if (isHyphenBefore(i)) text += '-';
-        const auto byte = std::to_integer<unsigned>(identifier[i]);
-        text += digits[byte >> 4U];
-        text += digits[byte & 15U];
-    }
+    auto text = hexadecimal(identifier);
+    for (const auto place : hyphens) text.insert(static_cast<std::size_t>(place), 1, '-');
     return text;
 }
 
@@ -82,19 +77,12 @@ Number numberIn(std::string_view text, int base) {
     return number;
 }
 
-ItemIdentifier identifierIn(std::string_view text) {
-    constexpr std::size_t length = 36;
-    if (text.size() != length) failAsDamaged();
-    ItemIdentifier identifier;
-    for (std::size_t i = 0; i < identifier.size(); ++i) {
-        if (isHyphenBefore(i)) {
-            if (text.front() != '-') failAsDamaged();
-            text.remove_prefix(1);
-        }
-        identifier[i] = std::byte(numberIn<unsigned char>(text.substr(0, 2), 16));
-        text.remove_prefix(2);
-    }
-    return identifier;
+ItemIdentifier identifierIn(const std::string& text) {
+    auto digits = text;
+    std::erase(digits, '-');
+    const auto identifier = bytesFromHexadecimal<sizeof(ItemIdentifier)>(digits);
+    if (!identifier || textOf(*identifier) != text) failAsDamaged();
+    return *identifier;
 }
 
 bool booleanIn(const std::string& text) {

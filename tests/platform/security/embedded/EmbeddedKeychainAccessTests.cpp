@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 using namespace vorlan;
@@ -157,5 +158,20 @@ TEST(EmbeddedKeychainAccess, FolderMayBeReachedThroughALink) {
     EXPECT_EQ(keychain.add("anna", "secret"), errSecSuccess);
     KeychainStore::configure(
         {.store = KeychainOptions::Store::embedded, .folder = actual / "deeper" / "keychain"});
+    EXPECT_EQ(keychain.read("anna"), (Secret{errSecSuccess, "secret"}));
+}
+
+// As a process leaves it that was killed while it made the first item's store.
+TEST(EmbeddedKeychainAccess, LookingIntoAnEmptyFileMakesNoStoreOfItAndTheFirstItemDoes) {
+    EmbeddedKeychain keychain;
+    fs::create_directories(keychain.folder());
+    fs::permissions(keychain.folder(), fs::perms::owner_all);
+    std::ofstream(keychain.database()).close();
+    fs::permissions(keychain.database(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(keychain.read("anna").status, errSecItemNotFound);
+    EXPECT_EQ(keychain.remove("anna"), errSecItemNotFound);
+    EXPECT_EQ(fs::file_size(keychain.database()), 0U);
+    EXPECT_FALSE(fs::exists(keychain.key()));
+    EXPECT_EQ(keychain.add("anna", "secret"), errSecSuccess);
     EXPECT_EQ(keychain.read("anna"), (Secret{errSecSuccess, "secret"}));
 }
