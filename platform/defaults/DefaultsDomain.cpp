@@ -203,7 +203,7 @@ void DefaultsDomain::openLocked() {
     if (folder_) {
         file_.emplace(*folder_, problems_);
         // From here on changes are told, so that none falls between this look and the first notification.
-        watch_ = std::make_unique<defaults::FolderWatch>(*folder_, [this] { update(Saving::onlyOrphans); });
+        watch_ = std::make_unique<FolderWatch>(*folder_, [this] { update(Saving::onlyOrphans); });
         std::vector<std::string> changed; // nobody has seen anything yet
         save(Saving::onlyOrphans, changed);
     }

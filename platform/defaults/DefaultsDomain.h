@@ -6,7 +6,7 @@
 #include "platform/defaults/DefaultsFile.h"
 #include "platform/defaults/DefaultsJournal.h"
 #include "platform/defaults/DefaultsTable.h"
-#include "platform/defaults/FolderWatch.h"
+#include "platform/files/FolderWatch.h"
 
 #include <VorlanFoundation/Platform/FunctionRef.h>
 #include <VorlanFoundation/Platform/KeyValueObserving.h>
@@ -95,7 +95,7 @@ private:
         folder_; ///< Changed with both locks held, so either is enough to read it.
     std::optional<defaults::DefaultsFile> file_;
     defaults::Problems problems_; ///< To be reported when the lock is released.
-    std::unique_ptr<defaults::FolderWatch> watch_;
+    std::unique_ptr<FolderWatch> watch_;
     std::atomic<bool> isOpen_ = false;
 
     std::shared_mutex tableMutex_;

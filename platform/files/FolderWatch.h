@@ -9,7 +9,7 @@
 #include <functional>
 #include <memory>
 
-namespace vorlan::defaults {
+namespace vorlan {
 
 class FolderWatcher;
 
@@ -37,4 +37,4 @@ private:
     std::shared_ptr<Watched> watched_;
 };
 
-} // namespace vorlan::defaults
+} // namespace vorlan

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/defaults/FolderWatch.h"
+#include "platform/files/FolderWatch.h"
 
 #include "tests/support/Inbox.h"
 
@@ -16,7 +16,6 @@
 #include <system_error>
 
 using namespace vorlan;
-using namespace vorlan::defaults;
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/defaults/FolderWatch.h"
+#include "platform/files/FolderWatch.h"
 
 #include "platform/dispatch/ReadSource.h"
 
@@ -20,7 +20,7 @@
 #include <utility>
 #include <vector>
 
-namespace vorlan::defaults {
+namespace vorlan {
 
 struct FolderWatch::Watched {
     std::filesystem::path folder;
@@ -173,4 +173,4 @@ FolderWatch::~FolderWatch() {
     FolderWatcher::shared().remove(watched_);
 }
 
-} // namespace vorlan::defaults
+} // namespace vorlan
