@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/network/ConnectProbe.h"
 
-#include "platform/network/PathEvaluator.h"
 #include "platform/network/RouteJudge.h"
+#include "platform/network/Survey.h"
 
 #include <netinet/in.h>
 #include <sys/socket.h>

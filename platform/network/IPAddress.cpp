@@ -17,6 +17,7 @@ std::optional<IPAddress> IPAddress::fromBytes(Family family, std::span<const std
 }
 
 std::optional<IPAddress> IPAddress::fromText(std::string_view text) {
+    if (text.find('\0') != std::string_view::npos) return std::nullopt;
     const std::string terminated(text);
     std::array<std::byte, 16> bytes{};
     if (inet_pton(AF_INET, terminated.c_str(), bytes.data()) == 1)

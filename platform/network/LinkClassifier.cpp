@@ -102,4 +102,8 @@ bool LinkClassifier::isTunnel(const Link& link) const {
     return !traits.wireless && !isModem(link, traits);
 }
 
+bool LinkClassifier::isTransient(const Link& link) const {
+    return isTunnel(link) || types(link).contains(InterfaceType::cellular);
+}
+
 } // namespace vorlan::network

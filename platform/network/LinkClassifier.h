@@ -36,6 +36,9 @@ public:
     /// Whether packets that leave by the link are wrapped up and leave by another one.
     bool isTunnel(const Link& link) const;
 
+    /// Whether the link is a connection that was set up and can end at any time: a tunnel, a modem, or over a modem.
+    bool isTransient(const Link& link) const;
+
 private:
     enum class Nature { direct, stacked, aggregated };
     // A link that was visited is not entered again: what it is has been found already.

@@ -9,18 +9,16 @@ namespace vorlan {
 
 namespace {
 
-/// The one center of the process.
+/// The one source of the process.
 ///
 /// Threads: safe from any thread.
-/// Owns:    the center weakly, so that it goes with its last user; and the queue for good, so that centers
-///          that are made one after the other do not each take a thread.
+/// Owns:    the source weakly, so that it goes with its last user.
 class SystemSource {
 public:
     std::shared_ptr<NWPathSource> get() {
         const std::lock_guard lock(mutex_);
         if (auto center = center_.lock()) return center;
-        const auto center =
-            std::make_shared<network::PathCenter>(queue_, network::PathProviders::ofThisMachine());
+        const auto center = std::make_shared<network::PathCenter>(network::NetworkCenter::shared());
         center_ = center;
         return center;
     }
@@ -28,7 +26,6 @@ public:
 private:
     std::mutex mutex_;
     std::weak_ptr<network::PathCenter> center_;
-    const Queue queue_{"com.vorlan.network-path"};
 };
 
 } // namespace

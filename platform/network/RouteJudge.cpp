@@ -70,8 +70,8 @@ bool isUsableSource(const Snapshot& snapshot, const Link& link, const IPAddress&
     });
 }
 
-Verdict judge(Kernel& kernel, const Snapshot& snapshot, const IPAddress& destination) {
-    const auto answer = kernel.route(destination);
+Verdict judge(Kernel& kernel, const Snapshot& snapshot, const IPAddress& destination, LinkIndex outLink) {
+    const auto answer = kernel.route(destination, outLink);
     if (!answer) return ofError(answer.error());
     const Route& route = *answer;
     if (route.type == RTN_LOCAL) return verdict(Verdict::Kind::local, "is this machine", route);

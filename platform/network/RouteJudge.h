@@ -29,8 +29,9 @@ struct Verdict {
     std::string reason; ///< A clause of English, for people.
 };
 
-/// Asks the kernel for the way to `destination`, and judges its answer by the state of the links.
-Verdict judge(Kernel& kernel, const Snapshot& snapshot, const IPAddress& destination);
+/// Asks the kernel for the way to `destination`, through `outLink` if it is not 0, and judges its answer by the state of
+/// the links.
+Verdict judge(Kernel& kernel, const Snapshot& snapshot, const IPAddress& destination, LinkIndex outLink = 0);
 
 /// Whether answers to `source`, sent out by `link` to `destination`, find their way back.
 bool isUsableSource(const Snapshot& snapshot, const Link& link, const IPAddress& source,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Waiting for a condition, for as long as an interval says.
+// Waiting for a condition or a value, for as long as an interval says.
 
 #include <VorlanFoundation/Platform/DispatchTime.h>
 
@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <limits>
 #include <mutex>
+#include <optional>
+#include <utility>
 
 namespace vorlan {
 
@@ -28,5 +30,32 @@ bool waitUntil(std::condition_variable& changed, std::unique_lock<std::mutex>& l
         std::chrono::nanoseconds(static_cast<std::int64_t>(deadline)));
     return changed.wait_until(lock, end, condition);
 }
+
+/// A value that a thread waits for while another one finds it.
+///
+/// Threads: safe from any thread.
+template <class Value>
+class Awaited {
+public:
+    /// Sets the value, for good.
+    void set(Value value) {
+        const std::lock_guard lock(
+            mutex_); // kept while waking: the waiter may destroy this as soon as it can
+        value_ = std::move(value);
+        changed_.notify_all();
+    }
+
+    /// The value, once it is set; absent when `limit` went by before.
+    std::optional<Value> wait(DispatchTimeInterval limit) {
+        std::unique_lock lock(mutex_);
+        waitUntil(changed_, lock, limit, [this] { return value_.has_value(); });
+        return value_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::optional<Value> value_;
+};
 
 } // namespace vorlan

@@ -21,6 +21,12 @@ concept SelfDescribing = requires(const T& value) {
     { value.description() } -> std::convertible_to<std::string>;
 };
 
+/// A type that a free function beside it describes, as an enumeration is.
+template <class T>
+concept DescribedBeside = std::is_enum_v<T> && requires(const T& value) {
+    { description(value) } -> std::convertible_to<std::string>;
+};
+
 namespace detail {
 VORLAN_EXPORT std::string repairedText(std::string_view text);
 VORLAN_EXPORT std::string describeNumber(double value);
@@ -47,7 +53,8 @@ VORLAN_EXPORT std::string describeAddress(const void* address);
 ///
 /// Text is itself, with every ill-formed byte shown as U+FFFD; numbers are written so that they read back as
 /// the same number (a whole floating-point number ends in ".0"); Booleans are "true" and "false"; an absent
-/// optional or pointer is "nil"; a type with an operation `description()` is what that returns; an object
+/// optional or pointer is "nil"; a type with an operation `description()`,
+/// or an enumeration with a function `description(value)` beside it, is what that returns; an object
 /// held by a pointer is described in its place; anything else is its type's name.
 ///
 /// Safe from any thread, as far as reading `value` is. Never fails but for want of memory.
@@ -57,6 +64,8 @@ std::string describe(const T& value) {
         return value ? "true" : "false";
     } else if constexpr (SelfDescribing<T>) {
         return detail::repairedText(value.description());
+    } else if constexpr (DescribedBeside<T>) {
+        return detail::repairedText(description(value));
     } else if constexpr (std::convertible_to<const T&, std::string_view>) {
         if constexpr (std::is_pointer_v<T>)
             if (value == nullptr) return "nil";

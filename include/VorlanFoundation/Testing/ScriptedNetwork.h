@@ -7,17 +7,22 @@
 //     NWPathMonitor monitor(network.source());
 //     monitor.start(queue);
 //     network.setPath({.status = NWPath::Status::satisfied, .interfaceTypes = {InterfaceType::wifi}});
+//
+//     auto host = std::make_shared<Reachability>(network.reachability());
+//     network.setFlags(SCNetworkReachabilityFlags::reachable | SCNetworkReachabilityFlags::connectionOnDemand);
 
 #include <VorlanFoundation/Platform/NWPath.h>
 #include <VorlanFoundation/Platform/NWPathSource.h>
+#include <VorlanFoundation/Platform/SystemConfiguration.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
 namespace vorlan::testing {
 
-/// Stands in for the system's source of paths, and says what it is told to say.
+/// Stands in for the system's source of paths and of reachability flags, and says what it is told to say.
 ///
 /// Threads:     safe from any thread.
 /// Owns:        its source, which lives on while a monitor uses it.
@@ -52,8 +57,25 @@ public:
     /// Delivers the path of a description.
     void deliver(NWPath::Description description) { deliver(NWPath(std::move(description))); }
 
-    /// The number of subscriptions, one for each monitor that was started and not cancelled.
+    /// The number of subscriptions, one for each path monitor that was started and not cancelled.
     std::size_t subscriberCount() const;
+
+    /// A reachability object whose flags are those of this network, for `Reachability`; a new one at each call.
+    SCNetworkReachabilityRef reachability() const;
+
+    /// Changes the flags; ones that equal the present flags are not delivered. Until they are first set, and from the
+    /// next change of the path on, the flags follow the path: none when it is unsatisfied, else reachable, with transientConnection
+    /// over a mobile network, and connectionRequired when it requires a connection.
+    void setFlags(SCNetworkReachabilityFlags flags);
+
+    /// Changes the flags and delivers them, also when they equal the present ones.
+    void deliverFlags(SCNetworkReachabilityFlags flags);
+
+    /// Has reading the flags fail with that status until flags are set again; kSCStatusOK ends it at once.
+    void failFlags(std::int32_t status);
+
+    /// The number of reachability objects that flags are delivered to: those with a dispatch queue.
+    std::size_t flagsSubscriberCount() const;
 
 private:
     class Source;

@@ -3,7 +3,7 @@
 
 // A machine that exists on paper: links, addresses and routes, and a kernel that looks routes up in them.
 
-#include "platform/network/Kernel.h"
+#include "platform/network/PathEvaluator.h"
 #include "platform/network/Sysfs.h"
 
 #include <linux/if.h>
@@ -129,5 +129,16 @@ private:
         return route;
     }
 };
+
+/// The path as a center would work it out.
+inline Evaluation evaluatePath(Kernel& kernel, const Sysfs& sysfs) {
+    std::optional<Survey> survey;
+    Evaluation evaluation;
+    evaluation.progress = examine(kernel, sysfs, survey, [&](const Survey& taken) {
+        evaluation = network::evaluatePath(taken);
+        return evaluation.progress;
+    });
+    return evaluation;
+}
 
 } // namespace vorlan::network::fake

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/network/PathCenter.h"
 
-#include "tests/platform/network/FakeSystem.h"
-
-#include <VorlanFoundation/Testing/ManualQueue.h>
+#include "tests/platform/network/NetworkOnPaper.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace vorlan::network {
 namespace {
@@ -19,77 +21,17 @@ using ::testing::HasSubstr;
 constexpr auto satisfied = NWPath::Status::satisfied;
 constexpr auto unsatisfied = NWPath::Status::unsatisfied;
 
-/// A machine on paper whose kernel speaks when the case says so, and a center on a clock turned by hand.
-class PathCenterOnPaper : public ::testing::Test {
+/// The path of a machine on paper.
+class PathCenterOnPaper : public NetworkOnPaper {
 protected:
-    // What the center owns are thin handles of what the case owns.
-    struct KernelHandle final : Kernel {
-        explicit KernelHandle(FakeKernel& fake) : kernel(fake) {}
-        Answer<Snapshot> snapshot() override { return kernel.snapshot(); }
-        Answer<Route> route(const IPAddress& to, LinkIndex link) override { return kernel.route(to, link); }
-        Answer<Route> tableEntry(const IPAddress& to, LinkIndex link) override {
-            return kernel.tableEntry(to, link);
-        }
-        Answer<std::vector<LinkIndex>> hostRouteLinks() override { return kernel.hostRouteLinks(); }
-        FakeKernel& kernel;
-    };
-
-    struct FeedHandle final : ChangeFeed {
-        explicit FeedHandle(PathCenterOnPaper& test) : test_(test) { ++test_.openFeeds; }
-        ~FeedHandle() override { --test_.openFeeds; }
-        News drain() override { return std::exchange(test_.news, News::none); }
-        PathCenterOnPaper& test_;
-    };
-
-    PathCenterOnPaper() {
-        kernel.add(2, "eth0");
-        kernel.address(2, "10.0.0.5", 24);
-        goOnline();
-    }
-
-    // What was dropped at the end of the case is removed in the queue's turn, and the queue keeps it until then.
-    void TearDown() override { queue.runPending(); }
-
-    PathProviders providers() {
-        PathProviders made;
-        made.openKernel = [this]() -> Answer<std::unique_ptr<Kernel>> {
-            if (kernelError != 0) return Answer<std::unique_ptr<Kernel>>::failure(kernelError);
-            return {std::make_unique<KernelHandle>(kernel)};
-        };
-        made.openFeed = [this](const Queue&,
-                               std::function<void()> callback) -> Answer<std::unique_ptr<ChangeFeed>> {
-            if (feedError != 0) return Answer<std::unique_ptr<ChangeFeed>>::failure(feedError);
-            readable = std::move(callback);
-            return {std::make_unique<FeedHandle>(*this)};
-        };
-        made.sysfs = std::make_shared<FakeSysfs>();
-        made.connectProbe = [this](const IPAddress&) { return ConnectAnswer{.error = connectError}; };
-        return made;
-    }
-
-    void goOnline() { kernel.routes = {{"0.0.0.0", 0, 2, "10.0.0.1"}}; }
-    void goOffline() { kernel.routes.clear(); }
-    void speak(ChangeFeed::News what = ChangeFeed::News::changed) {
-        news = what;
-        queue.sync([this] { readable(); });
-    }
-
     std::shared_ptr<void> listen() {
         auto token = center->subscribe([this](const NWPath& path) { told.push_back(path.status()); });
         queue.runPending();
         return token;
     }
 
-    testing::ManualQueue queue;
-    FakeKernel kernel;
-    int kernelError = 0;
-    int feedError = 0;
-    int connectError = ENETUNREACH;
-    ChangeFeed::News news = ChangeFeed::News::none;
-    std::function<void()> readable;
-    int openFeeds = 0;
     std::vector<NWPath::Status> told;
-    std::shared_ptr<PathCenter> center = std::make_shared<PathCenter>(queue, providers());
+    std::shared_ptr<PathCenter> center = std::make_shared<PathCenter>(network);
 };
 
 TEST_F(PathCenterOnPaper, SubscriberIsToldThePresentPathFirst) {
@@ -248,9 +190,12 @@ TEST_F(PathCenterOnPaper, NothingIsKeptOnceEverybodyLeft) {
     speak();
     token.reset();
     const std::weak_ptr<PathCenter> gone = std::exchange(center, nullptr);
+    const std::weak_ptr<NetworkCenter> networkGone = std::exchange(network, nullptr);
     queue.advance(10s);
     EXPECT_TRUE(gone.expired());
+    EXPECT_TRUE(networkGone.expired());
     EXPECT_EQ(openFeeds, 0);
+    EXPECT_EQ(openKernels, 0);
 }
 
 } // namespace

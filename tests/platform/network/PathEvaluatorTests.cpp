@@ -31,7 +31,7 @@ protected:
 
     NWPath path() {
         const Evaluation evaluation = evaluatePath(kernel, sysfs);
-        EXPECT_EQ(evaluation.outcome, Evaluation::Outcome::settled);
+        EXPECT_EQ(evaluation.progress.outcome, Outcome::settled);
         return evaluation.path;
     }
 
@@ -103,16 +103,16 @@ TEST_F(PathEvaluator, AnswerThatThisIsTheMachineItselfIsNoWayOut) {
 
 TEST_F(PathEvaluator, KernelThatCannotBeAskedIsNoAnswer) {
     kernel.routeError = EPERM;
-    EXPECT_EQ(evaluatePath(kernel, sysfs).outcome, Evaluation::Outcome::failed);
-    EXPECT_EQ(evaluatePath(kernel, sysfs).error, EPERM);
+    EXPECT_EQ(evaluatePath(kernel, sysfs).progress.outcome, Outcome::failed);
+    EXPECT_EQ(evaluatePath(kernel, sysfs).progress.error, EPERM);
     kernel.routeError = 0;
     kernel.snapshotError = ETIMEDOUT;
-    EXPECT_EQ(evaluatePath(kernel, sysfs).outcome, Evaluation::Outcome::failed);
+    EXPECT_EQ(evaluatePath(kernel, sysfs).progress.outcome, Outcome::failed);
 }
 
 TEST_F(PathEvaluator, TablesThatKeepChangingAreUnsettled) {
     kernel.snapshotError = EAGAIN;
-    EXPECT_EQ(evaluatePath(kernel, sysfs).outcome, Evaluation::Outcome::unsettled);
+    EXPECT_EQ(evaluatePath(kernel, sysfs).progress.outcome, Outcome::unsettled);
 }
 
 TEST_F(PathEvaluator, LinkThatAppearsAfterTheSnapshotIsFoundInTheNext) {
@@ -125,7 +125,7 @@ TEST_F(PathEvaluator, LinkThatAppearsAfterTheSnapshotIsFoundInTheNext) {
 
 TEST_F(PathEvaluator, LinkThatNeverAppearsIsUnsettled) {
     kernel.world.links.erase(2);
-    EXPECT_EQ(evaluatePath(kernel, sysfs).outcome, Evaluation::Outcome::unsettled);
+    EXPECT_EQ(evaluatePath(kernel, sysfs).progress.outcome, Outcome::unsettled);
 }
 
 // A default route over a link without an address: the kernel borrows one from the container bridge.

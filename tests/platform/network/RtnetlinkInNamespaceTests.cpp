@@ -199,12 +199,13 @@ TEST_P(RtnetlinkInNamespace, LostMessagesAreNewsAndTheFeedGoesOn) {
 TEST_P(RtnetlinkInNamespace, MonitorFindsTheRightStateAfterAnOverflow) {
     inOwnNamespace(GetParam(), [] {
         plugIn();
-        auto providers = PathProviders::ofThisMachine();
+        auto providers = NetworkProviders::ofThisMachine();
         providers.openFeed = [](const Queue& queue, std::function<void()> readable) {
             return RtnetlinkFeed::open(queue, std::move(readable), 2048);
         };
         const Queue queue("center");
-        WatchedNetwork network(std::make_shared<PathCenter>(queue, std::move(providers)));
+        WatchedNetwork network(
+            std::make_shared<PathCenter>(std::make_shared<NetworkCenter>(queue, std::move(providers))));
         ASSERT_TRUE(network.becomes(wiredV4));
         std::promise<void> unblock;
         queue.async([wait = unblock.get_future().share()] { wait.wait(); });
