@@ -120,8 +120,8 @@ private:
     std::condition_variable finished_;
     std::shared_ptr<List> list_ = std::make_shared<List>();
     std::size_t endedOnes_ = 0; ///< Of those in the list.
-    std::multimap<std::weak_ptr<void>, Registration, std::owner_less<>>
-        byObserver_; ///< Those of handlers excepted.
+    // Those of handlers excepted.
+    std::multimap<std::weak_ptr<void>, Registration, std::owner_less<>> byObserver_;
     std::size_t sizeToLookForDeadOnesAt_ = 32;
     std::vector<Call> calls_;
 };
