@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <iostream>
 
 namespace tour {
@@ -46,6 +47,14 @@ std::string good(std::string_view text) {
 
 std::string bad(std::string_view text) {
     return coloured(text, "31");
+}
+
+std::string timeOfDay() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char text[9]; // NOLINT(*-avoid-c-arrays): what strftime writes to
+    return {text, std::strftime(text, sizeof text, "%H:%M:%S", &local)};
 }
 
 bool serveMainQueueUntil(vorlan::FunctionRef<bool()> condition) {

@@ -21,6 +21,9 @@ void line(std::string_view name, std::string_view text);
 std::string good(std::string_view text);
 std::string bad(std::string_view text);
 
+/// The time of day, for lines about what happens now: "17:04:59".
+std::string timeOfDay();
+
 /// Serves the main queue until `condition` is true, for ten seconds at most; says so when it never was.
 bool serveMainQueueUntil(vorlan::FunctionRef<bool()> condition);
 

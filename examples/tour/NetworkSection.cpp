@@ -4,7 +4,6 @@
 
 #include <VorlanFoundation/VorlanFoundation.h>
 
-#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
@@ -56,16 +55,9 @@ std::string reachability(bool isReachable) {
     return isReachable ? tour::good("online") : tour::bad("offline");
 }
 
-std::string timeOfDay() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char text[9]; // NOLINT(*-avoid-c-arrays): what strftime writes to
-    return {text, std::strftime(text, sizeof text, "%H:%M:%S", &local)};
-}
-
 void showChange(bool isReachable, const NWPath& path) {
-    tour::line(timeOfDay(), reachability(isReachable) + " over " + typesOf(path) + ": " + path.reason());
+    tour::line(tour::timeOfDay(),
+               reachability(isReachable) + " over " + typesOf(path) + ": " + path.reason());
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 
 // The sections of the tour, one per area of the library. Each returns whether all that it shows happened.
 
+#include <string_view>
+
 namespace tour {
 
 bool showExecution();
@@ -13,8 +15,12 @@ bool showLogging();
 bool showSettings();
 bool showKeychain();
 bool showNetwork();
+bool showReachability();
 
 /// Prints each change of the network until the process is interrupted; returns its exit status.
 int watchNetwork();
+
+/// Prints each change of the way to a host until the process is interrupted; returns its exit status.
+int watchHost(std::string_view name);
 
 } // namespace tour

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The examples do what they say: the ten lines of the README, the tour with its watch of the network,
-and the passwords that are kept.
+"""The examples do what they say: the ten lines of the README, the tour with its watch of the network and of a
+host, and the passwords that are kept.
 
 Usage: ExamplesTests.py MINIMAL TOUR SECRETS README [unittest arguments]
 """
@@ -10,6 +10,7 @@ import pathlib
 import pty
 import re
 import selectors
+import shlex
 import shutil
 import signal
 import subprocess
@@ -59,6 +60,47 @@ def namespace_command():
     return None
 
 
+class Following:
+    """The tour following a network of its own: a cable with an address, and no default route."""
+
+    def __init__(self, case, *arguments):
+        command = namespace_command()
+        if command is None:
+            case.skipTest("this machine allows no network namespaces")
+        # The shell makes the network's changes in the namespace when it is told to, line by line.
+        self.shell = subprocess.Popen([*command, "sh", "-es"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.output = Output(self.shell.stdout)
+        self.arguments = arguments
+
+    def __enter__(self):
+        self.tell(f"""ip link set lo up
+            ip link add veth0 type veth peer name vpeer
+            ip addr add 10.9.0.1/24 dev veth0
+            ip link set veth0 up
+            ip link set vpeer up
+            {shlex.join([tour, *self.arguments])} & echo pid $!""")
+        self.pid = int(self.wait_for("pid ").split()[1])
+        return self
+
+    def __exit__(self, failure, *_):
+        if failure:
+            os.kill(self.pid, signal.SIGKILL)  # it would keep the shell's output open for ever
+        self.shell.communicate()
+
+    def tell(self, lines):
+        self.shell.stdin.write(lines + "\n")
+        self.shell.stdin.flush()
+
+    def wait_for(self, pattern):
+        return self.output.wait_for(pattern)
+
+    def interrupt(self):
+        """Interrupts the tour; returns its exit status."""
+        os.kill(self.pid, signal.SIGINT)
+        self.tell(f"wait {self.pid}; echo status $?")
+        return self.wait_for("status ").split()[1]
+
+
 class Minimal(unittest.TestCase):
     def test_prints_the_answer_and_ends(self):
         result = run(minimal)
@@ -76,7 +118,8 @@ class Tour(unittest.TestCase):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation",
-                      "Logging and timing", "Settings, folders and the bundle", "Keychain", "Network"):
+                      "Logging and timing", "Settings, folders and the bundle", "Keychain", "Network",
+                      "Reachability of a host"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
         self.assertNotIn("correct horse", result.stdout, "a secret")
@@ -89,45 +132,46 @@ class Tour(unittest.TestCase):
             self.assertEqual((result.returncode, os.listdir(home)), (0, []))
 
     def test_refuses_unknown_arguments(self):
-        result = run(tour, "--wach")
-        self.assertEqual(result.returncode, 2)
-        self.assertIn("--wach", result.stderr)
-        self.assertIn("Usage:", result.stderr)
+        for arguments, reason in ((["--wach"], "--wach"), (["--reach"], "--reach"), (["--watch", "now"], "now"),
+                                  (["--reach", "localhost", "--watch"], "--watch")):
+            result = run(tour, *arguments)
+            self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
+            self.assertIn(reason, result.stderr)
+            self.assertIn("Usage:", result.stderr)
 
     def test_explains_itself(self):
         result = run(tour, "--help")
         self.assertEqual(result.returncode, 0)
         self.assertIn("--watch", result.stdout)
+        self.assertIn("--reach HOST", result.stdout)
+
+    def test_says_that_a_name_can_be_no_host_s(self):
+        for name in ("", 254 * "x"):
+            result = run(tour, "--reach", name)
+            self.assertEqual((result.returncode, result.stdout), (1, ""))
+            self.assertRegex(result.stderr, f'^vorlan-tour: .*"{name[:20]}.*Invalid argument')
 
     def test_follows_the_network_until_interrupted(self):
-        command = namespace_command()
-        if command is None:
-            self.skipTest("this machine allows no network namespaces")
-        # The shell makes the network's changes in the namespace when it is told to, line by line.
-        shell = subprocess.Popen([*command, "sh", "-es"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.addCleanup(shell.communicate)
-        steps = f"""ip link set lo up
-            ip link add veth0 type veth peer name vpeer
-            ip addr add 10.9.0.1/24 dev veth0
-            ip link set veth0 up
-            ip link set vpeer up
-            {tour} --watch & echo pid $!"""
-        shell.stdin.write(steps + "\n")
-        shell.stdin.flush()
-        output = Output(shell.stdout)
-        pid = int(output.wait_for("pid ").split()[1])
-        output.wait_for("Watching the network")
-        output.wait_for("offline over none")
-        shell.stdin.write("ip route add default via 10.9.0.2\n")
-        shell.stdin.flush()
-        self.assertIn("via 10.9.0.2", output.wait_for("online over wired Ethernet"))
-        shell.stdin.write("ip link set vpeer down\n")
-        shell.stdin.flush()
-        output.wait_for("offline over none")
-        os.kill(pid, signal.SIGINT)
-        shell.stdin.write(f"wait {pid}; echo status $?\n")
-        shell.stdin.flush()
-        self.assertEqual(output.wait_for("status ").split()[1], "0")
+        with Following(self, "--watch") as follower:
+            follower.wait_for("Watching the network")
+            follower.wait_for("offline over none")
+            follower.tell("ip route add default via 10.9.0.2")
+            self.assertIn("via 10.9.0.2", follower.wait_for("online over wired Ethernet"))
+            follower.tell("ip link set vpeer down")
+            follower.wait_for("offline over none")
+            self.assertEqual(follower.interrupt(), "0")
+
+    def test_follows_a_host_until_interrupted(self):
+        with Following(self, "--reach", "198.51.100.7") as follower:
+            follower.wait_for("Following the way to 198.51.100.7")
+            follower.wait_for(r'No Connection, flags "-- -------"')
+            follower.wait_for('"reachabilityChanged" was posted')
+            follower.tell("ip route add default via 10.9.0.2")
+            follower.wait_for(r'WiFi, flags "-R -------"')
+            follower.wait_for('"reachabilityChanged" was posted')
+            follower.tell("ip link set vpeer down")
+            follower.wait_for(r'No Connection, flags "-- -------"')
+            self.assertEqual(follower.interrupt(), "0")
 
 
 class Secrets(unittest.TestCase):
