@@ -10,8 +10,8 @@ namespace vorlan::network {
 
 namespace {
 
-constexpr std::size_t ipv4Size = 16;
-constexpr std::size_t ipv6Size = 28;
+constexpr std::uint8_t ipv4Size = 16;
+constexpr std::uint8_t ipv6Size = 28;
 
 // Where the fields are, behind length and family.
 constexpr std::size_t ipv4Address = 2;
@@ -23,16 +23,6 @@ std::optional<LinkIndex> linkNumber(std::string_view text) {
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, number);
     return error == std::errc() && rest == end && number != 0 ? std::optional(number) : std::nullopt;
-}
-
-std::optional<Destination> asWritten(const SocketAddress& record) {
-    const std::span<const std::byte> data(record.data);
-    if (record.family == SocketAddress::ipv4 && record.length == ipv4Size)
-        return Destination{*IPAddress::fromBytes(IPAddress::Family::v4, data.subspan(ipv4Address, 4))};
-    if (record.family != SocketAddress::ipv6 || record.length != ipv6Size) return std::nullopt;
-    Destination destination{*IPAddress::fromBytes(IPAddress::Family::v6, data.subspan(ipv6Address, 16))};
-    std::memcpy(&destination.link, data.data() + ipv6Link, sizeof(destination.link));
-    return destination;
 }
 
 // Connections to an IPv4 address in IPv6's clothes are made over IPv4.
@@ -55,10 +45,32 @@ std::optional<Destination> Destination::fromText(std::string_view text) {
     return Destination{unmapped(*address), 0, std::string(scope)};
 }
 
+std::optional<Destination> Destination::asWritten(const SocketAddress& record) {
+    const std::span<const std::byte> data(record.data);
+    if (record.family == SocketAddress::ipv4 && record.length == ipv4Size)
+        return Destination{*IPAddress::fromBytes(IPAddress::Family::v4, data.subspan(ipv4Address, 4))};
+    if (record.family != SocketAddress::ipv6 || record.length != ipv6Size) return std::nullopt;
+    Destination destination{*IPAddress::fromBytes(IPAddress::Family::v6, data.subspan(ipv6Address, 16))};
+    std::memcpy(&destination.link, data.data() + ipv6Link, sizeof(destination.link));
+    return destination;
+}
+
 std::optional<Destination> Destination::fromSocketAddress(const SocketAddress& record) {
     auto destination = asWritten(record);
     if (destination) destination->address = unmapped(destination->address);
     return destination;
+}
+
+SocketAddress Destination::socketAddress(std::uint16_t port) const {
+    const bool isV4 = address.family() == IPAddress::Family::v4;
+    SocketAddress record;
+    record.length = isV4 ? ipv4Size : ipv6Size;
+    record.family = isV4 ? SocketAddress::ipv4 : SocketAddress::ipv6;
+    record.data[0] = static_cast<std::byte>(port >> 8U);
+    record.data[1] = static_cast<std::byte>(port & 0xffU);
+    std::ranges::copy(address.bytes(), record.data.begin() + (isV4 ? ipv4Address : ipv6Address));
+    if (!isV4) std::memcpy(record.data.data() + ipv6Link, &link, sizeof(link));
+    return record;
 }
 
 std::string Destination::text() const {
@@ -67,25 +79,3 @@ std::string Destination::text() const {
 }
 
 } // namespace vorlan::network
-
-namespace vorlan {
-
-std::optional<SocketAddress> SocketAddress::fromText(std::string_view text, std::uint16_t port) {
-    const auto address = network::IPAddress::fromText(text);
-    if (!address) return std::nullopt;
-    const bool isV4 = address->family() == network::IPAddress::Family::v4;
-    SocketAddress record{.length = isV4 ? std::uint8_t{network::ipv4Size} : std::uint8_t{network::ipv6Size},
-                         .family = isV4 ? ipv4 : ipv6};
-    record.data[0] = static_cast<std::byte>(port >> 8U);
-    record.data[1] = static_cast<std::byte>(port & 0xffU);
-    const auto place = isV4 ? network::ipv4Address : network::ipv6Address;
-    std::ranges::copy(address->bytes(), record.data.begin() + static_cast<std::ptrdiff_t>(place));
-    return record;
-}
-
-std::string SocketAddress::description() const {
-    if (const auto destination = network::asWritten(*this)) return destination->text();
-    return "a socket address of family " + std::to_string(family) + " and length " + std::to_string(length);
-}
-
-} // namespace vorlan

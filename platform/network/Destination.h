@@ -6,6 +6,7 @@
 
 #include <VorlanFoundation/Platform/SocketAddress.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,12 @@ struct Destination {
 
     /// The destination of a record; nothing when its length and family do not fit each other.
     static std::optional<Destination> fromSocketAddress(const SocketAddress& record);
+
+    /// The same, with an IPv4 address in IPv6's clothes left as it is.
+    static std::optional<Destination> asWritten(const SocketAddress& record);
+
+    /// The record of it; a link that is known by name only is left out.
+    SocketAddress socketAddress(std::uint16_t port) const;
 
     /// The text of it.
     std::string text() const;

@@ -162,7 +162,7 @@ void NameReachability::take(std::uint64_t watch, std::uint64_t number, Addresses
 }
 
 void NameReachability::retryUnlessReachable() {
-    if (isReachable()) {
+    if (progress_.isSettled() && isReachable()) {
         retry_.reset();
         pause_ = firstPause;
         return;

@@ -6,12 +6,15 @@
 
 #include "tests/reachability/ScriptedMonitor.h"
 
+#include <VorlanFoundation/Platform/Describe.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -131,6 +134,8 @@ TEST(Connection, DescribesItselfInWords) {
     EXPECT_EQ(description(unavailable), "No Connection");
     EXPECT_EQ(description(wifi), "WiFi");
     EXPECT_EQ(description(cellular), "Cellular");
+    EXPECT_EQ(describe(wifi), "WiFi") << "in logs, too";
+    EXPECT_EQ(describe(std::optional(cellular)), "Cellular");
 }
 
 TEST(Connection, CanBeAKey) {

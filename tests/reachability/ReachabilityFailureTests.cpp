@@ -158,8 +158,10 @@ public:
         ++questions;
         return answer_();
     }
-    std::shared_ptr<void> subscribe(Subscriber) override { return subscriptions; }
+    std::shared_ptr<void> subscribe(Subscriber) override { return canWatch ? subscriptions : nullptr; }
     std::string description() const override { return "answering"; }
+
+    bool canWatch = true;
 
     const std::shared_ptr<int> subscriptions =
         std::make_shared<int>(); ///< its use count is one more than theirs
@@ -205,6 +207,19 @@ TEST_F(ReachabilityFailureTest, FailureToReadEndsWhatTheStartHadBegun) {
     EXPECT_EQ(source->subscriptions.use_count(), 2);
     failing->stopNotifier();
     EXPECT_EQ(source->subscriptions.use_count(), 1);
+}
+
+TEST_F(ReachabilityFailureTest, MonitorOfASourceThatCannotWatchCannotBeStartedButAsked) {
+    const auto source = std::make_shared<AnsweringSource>(
+        [] { return SCNetworkReachabilitySource::Answer{.flags = Flags::reachable}; });
+    source->canWatch = false;
+    const auto asked =
+        std::make_shared<Reachability>(SCNetworkReachabilityCreateWithSource(source), queues());
+    EXPECT_EQ(failureOf([&] { asked->startNotifier(); }),
+              ReachabilityError::unableToSetDispatchQueue(kSCStatusFailed));
+    EXPECT_TRUE(asked->isReachable());
+    source->canWatch = true;
+    EXPECT_EQ(failureOf([&] { asked->startNotifier(); }), std::nullopt);
 }
 
 TEST_F(ReachabilityFailureTest, StopWhileTheMonitorStartsIsAnEnd) {

@@ -63,8 +63,9 @@ struct SCNetworkReachabilityContext {
 ///
 /// A name that is an address ("192.168.1.1", "fe80::1%eth0") is that address. Any other is looked up as the system
 /// does it (hosts file, multicast DNS, DNS), off the caller's thread; the destination is reachable when one of its
-/// addresses is. While the flags are delivered, the name is looked up again when the network, resolv.conf or the hosts
-/// file changed, and as long as it cannot be reached after 1, 2, 4 and so on up to 60 seconds.
+/// addresses is. While the flags are delivered, the name is looked up again when the way to the network (link, gateway
+/// or source address), resolv.conf, hosts or nsswitch.conf changed, and as long as it cannot be reached at other news
+/// of the network and after 1, 2, 4 and so on up to 60 seconds.
 ///
 /// @param name 1 to 253 bytes of UTF-8, and perhaps a final dot; letters beyond ASCII are looked up in their IDNA form.
 ///

@@ -97,7 +97,7 @@ public:
     /// Where `notificationName::reachabilityChanged()` is posted, with the monitor as object.
     SynchronizedProperty<NotificationCenter> notificationCenter{NotificationCenter::default_()};
 
-    /// Begins to deliver changes; does nothing while it does already.
+    /// Begins to deliver changes; does nothing while it does already, or while another thread is starting it.
     ///
     /// Throws `unableToSetCallback`, `unableToSetDispatchQueue` or `unableToGetFlags`, and is stopped then.
     void startNotifier();

@@ -3,25 +3,20 @@
 
 #include <VorlanFoundation/Platform/NWPathMonitor.h>
 
+#include "tests/platform/network/ForbiddenSockets.h"
 #include "tests/platform/network/Namespace.h"
 #include "tests/platform/network/WatchedNetwork.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
 #include <linux/if.h>
 #include <linux/if_tun.h>
-#include <linux/seccomp.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
-#include <cstddef>
 #include <cstring>
 #include <thread>
 
@@ -200,21 +195,6 @@ TEST_P(NWPathMonitorInNamespace, NothingComesAfterACancelOnTheQueue) {
         EXPECT_GT(rounds, 0);
         EXPECT_EQ(late, 0);
     });
-}
-
-// What a sandbox does: no socket of that family any more, for this process and its children.
-bool forbidSockets(unsigned family) {
-    std::array filter{
-        sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_socket, 0, 3),
-        sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
-        sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, family, 0, 1),
-        sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
-        sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_TSYNC, &program) == 0;
 }
 
 TEST_P(NWPathMonitorInNamespace, WithoutNetlinkThePathIsFoundByConnecting) {

@@ -98,8 +98,8 @@ TEST_F(NameReachabilityOnPaper, NameIsLookedUpAgainWhenTheWayChanged) {
     ASSERT_EQ(lookUps.size(), 3U);
     answer(2, {"10.0.0.77"});
     kernel.add(3, "eth1");
-    kernel.address(3, "10.0.0.7", 24);
-    kernel.routes[0] = {"0.0.0.0", 0, 3, "10.0.0.2"};
+    kernel.address(3, "10.0.0.6", 24);
+    kernel.routes[0] = {"0.0.0.0", 0, 3, "10.0.0.2", "10.0.0.6"};
     settle();
     EXPECT_EQ(lookUps.size(), 4U);
     EXPECT_THAT(told, ElementsAre("R", "Rd"));

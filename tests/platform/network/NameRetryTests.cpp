@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <memory>
@@ -202,6 +203,49 @@ TEST_F(NameRetry, RetriesGoOnThoughAFormerLookUpHangs) {
     answer(0, {"8.8.8.8"}); // void at last
     answer(3, {"10.0.0.77"});
     EXPECT_THAT(told, ElementsAre("-", "Rd"));
+}
+
+TEST_F(NameRetry, RetriesGoOnThoughTheKernelCouldNotBeAskedAboutTheAnswer) {
+    const auto token = listen(*name, told);
+    answer(0, {"10.0.0.77"});
+    resolverChanged();
+    queue.advance(20ms);
+    kernel.routeError = EIO;
+    answerLast({"2001:db8::1"});
+    kernel.routeError = 0;
+    queue.advance(5s);
+    EXPECT_THAT(told, ElementsAre("Rd", "-"));
+    queue.advance(60s);
+    ASSERT_EQ(lookUps.size(), 3U);
+    answerLast({"10.0.0.77"});
+    EXPECT_THAT(told, ElementsAre("Rd", "-", "Rd"));
+}
+
+TEST_F(NameRetry, NobodyLooksUpForSomebodyWhoLeft) {
+    auto token = listen(*name, told);
+    answer(0, {});
+    token.reset();
+    queue.advance(1000s);
+    EXPECT_EQ(lookUps.size(), 1U);
+    token = listen(*name, others);
+    ASSERT_EQ(lookUps.size(), 2U);
+    answer(1, {});
+    queue.advance(1s); // from the beginning
+    EXPECT_EQ(lookUps.size(), 3U);
+}
+
+TEST_F(NameRetry, LookUpThatWasPutOffIsForgottenWithTheSubscription) {
+    auto token = listen(*name, told);
+    settle();
+    token.reset();
+    queue.runPending();
+    token = listen(*name, others);
+    ASSERT_EQ(lookUps.size(), 2U);
+    answer(0, {});
+    EXPECT_THAT(others, ::testing::IsEmpty());
+    answer(1, {"10.0.0.77"});
+    EXPECT_EQ(lookUps.size(), 2U);
+    EXPECT_THAT(others, ElementsAre("Rd"));
 }
 
 } // namespace

@@ -70,8 +70,9 @@ void PrivateEtc::rewrite(const std::string& name, const std::string& text) const
     EXPECT_TRUE(file) << name;
 }
 
-void PrivateEtc::useServer(const std::string& address) const {
-    replace("resolv.conf", "nameserver " + address + "\noptions timeout:30\n");
+void PrivateEtc::useServer(const std::string& address, int pause) const {
+    replace("resolv.conf",
+            "nameserver " + address + "\noptions attempts:5 timeout:" + std::to_string(pause) + "\n");
 }
 
 void PrivateEtc::useHosts(const std::string& lines) const {

@@ -28,9 +28,9 @@ public:
     /// Writes into a file that is there, as most editors do not, but shells.
     void rewrite(const std::string& name, const std::string& text) const;
 
-    /// Has resolv.conf replaced by one that names this server. One that never answers keeps who looks up a
-    /// name for a minute, so that what returns before does not wait for it.
-    void useServer(const std::string& address) const;
+    /// Has resolv.conf replaced by one that names this server. It is asked five times, with a pause of so many
+    /// seconds (30 at most) each time that no answer comes.
+    void useServer(const std::string& address, int pause = 2) const;
 
     /// Has hosts replaced by one that knows this machine and these lines ("10.9.0.77 box.test").
     void useHosts(const std::string& lines) const;

@@ -74,6 +74,7 @@ TEST(SocketAddress, DescriptionIsTheUsualFormWithoutThePort) {
     EXPECT_EQ(rewritten("::"), "::");
     EXPECT_EQ(rewritten("FD00:0009:0:0::0001"), "fd00:9::1");
     EXPECT_EQ(rewritten("2001:db8:0:1:0:0:0:1"), "2001:db8:0:1::1");
+    EXPECT_EQ(rewritten("::ffff:10.0.0.1"), "::ffff:10.0.0.1");
     EXPECT_EQ(SocketAddress::fromText("10.0.0.1", 8080)->description(), "10.0.0.1");
     EXPECT_EQ(describe(*SocketAddress::fromText("::1")), "::1");
 }

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -211,6 +212,22 @@ TEST(SCNetworkReachability, EndWithoutABeginningSucceeds) {
     EXPECT_TRUE(SCNetworkReachabilitySetDispatchQueue(target, std::nullopt));
     EXPECT_TRUE(SCNetworkReachabilitySetCallback(target, nullptr, nullptr));
     EXPECT_EQ(SCError(), kSCStatusOK);
+}
+
+TEST(SCNetworkReachability, SourceThatCannotWatchCanOnlyBeAsked) {
+    class Unwatchable : public SCNetworkReachabilitySource {
+    public:
+        Answer currentFlags() override { return {.flags = Flags::isDirect}; }
+        std::shared_ptr<void> subscribe(Subscriber) override { return nullptr; }
+        std::string description() const override { return "unwatchable"; }
+    };
+    const auto target = SCNetworkReachabilityCreateWithSource(std::make_shared<Unwatchable>());
+    const testing::ManualQueue queue;
+    for (int count = 0; count < 2; ++count) {
+        EXPECT_FALSE(SCNetworkReachabilitySetDispatchQueue(target, queue));
+        EXPECT_EQ(SCError(), kSCStatusFailed) << "each time: no queue stays set";
+    }
+    EXPECT_EQ(flagsOf(target), Flags::isDirect);
 }
 
 TEST(SCError, IsTheThreadsOwn) {
