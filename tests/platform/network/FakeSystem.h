@@ -65,6 +65,17 @@ public:
                    .index = index, .name = name, .flags = running, .hardware = ARPHRD_ETHER, .kind = kind};
     }
 
+    /// Adds the loopback device, and eth0 as link 2 with a default route over IPv4.
+    void addCable() {
+        Link& loopback = add(1, "lo");
+        loopback.flags |= IFF_LOOPBACK;
+        loopback.hardware = ARPHRD_LOOPBACK;
+        address(1, "127.0.0.1", 8);
+        add(2, "eth0");
+        address(2, "10.0.0.5", 24);
+        routes = {{"0.0.0.0", 0, 2, "10.0.0.1"}};
+    }
+
     void address(LinkIndex link, const std::string& text, unsigned prefixLength) {
         world.addresses.push_back({link, ip(text), ip(text), prefixLength});
     }

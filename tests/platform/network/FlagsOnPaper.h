@@ -21,13 +21,8 @@ namespace vorlan::network::fake {
 class FlagsOnPaper : public ::testing::Test {
 protected:
     FlagsOnPaper() {
-        auto& loopback = kernel.add(1, "lo");
-        loopback.flags |= IFF_LOOPBACK;
-        loopback.hardware = ARPHRD_LOOPBACK;
-        kernel.address(1, "127.0.0.1", 8);
-        kernel.add(2, "eth0");
-        kernel.address(2, "10.0.0.5", 24);
-        kernel.routes = {{"0.0.0.0", 0, 2, "10.0.0.1"}, {"10.0.0.0", 24, 2}};
+        kernel.addCable();
+        kernel.routes.push_back({"10.0.0.0", 24, 2});
     }
 
     template <class What>

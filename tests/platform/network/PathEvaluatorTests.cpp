@@ -19,15 +19,7 @@ constexpr auto unsatisfied = NWPath::Status::unsatisfied;
 /// A machine with one cable, eth0, that leads to the network over IPv4; cases change it.
 class PathEvaluator : public ::testing::Test {
 protected:
-    PathEvaluator() {
-        auto& loopback = kernel.add(1, "lo");
-        loopback.flags |= IFF_LOOPBACK;
-        loopback.hardware = ARPHRD_LOOPBACK;
-        kernel.address(1, "127.0.0.1", 8);
-        kernel.add(2, "eth0");
-        kernel.address(2, "10.0.0.5", 24);
-        kernel.routes = {{"0.0.0.0", 0, 2, "10.0.0.1"}};
-    }
+    PathEvaluator() { kernel.addCable(); }
 
     NWPath path() {
         const Evaluation evaluation = evaluatePath(kernel, sysfs);
