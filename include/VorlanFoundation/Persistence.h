@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Local persistence: the defaults store and the application's folders.
+// Local persistence: the in-memory cache, the defaults store and the application's folders.
 
+#include <VorlanFoundation/Persistence/Cacher.h>
 #include <VorlanFoundation/Persistence/Folder.h>
 #include <VorlanFoundation/Platform/UserDefaults.h>

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/cache/ReaderSlots.h"
+
+#include <VorlanFoundation/Platform/NSCache.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace vorlan::detail {
+
+/// The entries of a cache, by key and by when they were used.
+///
+/// Readers only note the moment of use in the entry. Where an entry stands in the order of use is corrected when it
+/// comes up for eviction, so that looking up changes nothing that others read.
+///
+/// Threads: safe from any thread.
+class CacheContents {
+public:
+    using Object = CacheStore::Object;
+    using EvictionHandler = CacheStore::EvictionHandler;
+
+    /// The object of a key; null when there is none.
+    Object object(std::string_view key) const;
+
+    /// The same, for a reader that has announced the address of `mutex()`; false when it may not read.
+    bool readAnnounced(std::string_view key, Object& object) const;
+
+    /// What readers announce.
+    const ReadMostlyMutex& mutex() const noexcept { return mutex_; }
+
+    void set(std::string_view key, Object object, std::size_t cost);
+    void remove(std::string_view key);
+    void removeAll();
+    std::size_t count() const;
+    std::size_t totalCost() const;
+    std::size_t countLimit() const;
+    std::size_t totalCostLimit() const;
+    void setCountLimit(std::size_t limit);
+    void setTotalCostLimit(std::size_t limit);
+    void setEvictionHandler(EvictionHandler handler);
+
+    /// Evicts so many, those first that were not used for longest.
+    void giveBack(std::size_t count);
+
+private:
+    // Keys carry their hash: the library's table would work it out again for each neighbour that a search passes.
+    struct KeyView {
+        explicit KeyView(std::string_view key) noexcept
+            : text(key), hash(std::hash<std::string_view>()(key)) {}
+        std::string_view text;
+        std::size_t hash;
+    };
+    struct Key {
+        explicit Key(const KeyView& view) : text(view.text), hash(view.hash) {}
+        std::string text;
+        std::size_t hash;
+    };
+    struct KeyHash {
+        using is_transparent = void;
+        std::size_t operator()(const auto& key) const noexcept { return key.hash; }
+    };
+    struct KeyEqual {
+        using is_transparent = void;
+        bool operator()(const auto& a, const auto& b) const noexcept {
+            return a.hash == b.hash && a.text == b.text;
+        }
+    };
+    struct Entry;
+    using Entries = std::unordered_map<Key, Entry, KeyHash, KeyEqual>;
+    using Order = std::multimap<std::uint64_t, Entry*>; // by the moment of use that was known last
+    struct Entry {
+        Object object;
+        std::size_t cost = 0;
+        const Key* key = nullptr; // the map's
+        Order::iterator place{};
+        mutable std::atomic<std::uint64_t> lastUse = 0;
+    };
+    using Evicted = std::vector<std::pair<std::string, Object>>;
+
+    // These want the lock held.
+    Object find(std::string_view key) const;
+    std::uint64_t momentOfUse() const;
+    Entries::iterator add(const KeyView& key);
+    void use(Entry& entry);
+    void move(Entry& entry, std::uint64_t moment);
+    Object take(Entries::iterator entry);
+    bool isOverLimit() const;
+    void evictFirst(Evicted& evicted);
+    Evicted evictToLimits();
+
+    // Without it.
+    void tell(const Evicted& evicted) const;
+
+    mutable ReadMostlyMutex mutex_; // guards what follows
+    Entries entries_;
+    Order order_;
+    mutable std::atomic<std::uint64_t> moment_ = 0;
+    std::size_t totalCost_ = 0;
+    std::size_t countLimit_ = 0;
+    std::size_t totalCostLimit_ = 0;
+    std::shared_ptr<const EvictionHandler> handler_;
+};
+
+} // namespace vorlan::detail
