@@ -9,6 +9,7 @@
 //     if (const auto image = images.object("cover")) draw(*image);
 
 #include <VorlanFoundation/Platform/Export.h>
+#include <VorlanFoundation/Platform/SynchronizedProperty.h>
 
 #include <cstddef>
 #include <functional>
@@ -85,7 +86,7 @@ public:
     NSCache() = default;
 
     /// A name for logs; empty at first.
-    std::string name;
+    SynchronizedProperty<std::string> name;
 
     /// The object of a key; null when there is none.
     std::shared_ptr<Object> object(std::string_view key) const {

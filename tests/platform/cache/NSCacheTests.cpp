@@ -57,6 +57,21 @@ TEST_F(NSCacheTest, ObjectIsTheOneThatWasSetLast) {
     EXPECT_THAT(evicted, IsEmpty()); // replaced, which is no eviction
 }
 
+TEST_F(NSCacheTest, HasANameForLogs) {
+    EXPECT_EQ(cache.name.value(), "");
+    cache.name = "covers";
+    EXPECT_EQ(cache.name.value(), "covers");
+}
+
+TEST_F(NSCacheTest, GivesBackWhatWasNotUsedForLongest) {
+    set({"a", "b", "c"});
+    set({"a"});
+    cache.store()->giveBack(2);
+    EXPECT_THAT(evicted, ElementsAre("b", "c"));
+    cache.store()->giveBack(2);
+    EXPECT_EQ(cache.count(), 0U);
+}
+
 TEST_F(NSCacheTest, KeysAreAnyText) {
     const std::string withNul("a\0b", 3);
     cache.setObject(withNul, number(1));
