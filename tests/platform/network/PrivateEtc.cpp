@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <system_error>
 
 namespace vorlan::tests {
 
@@ -18,8 +18,9 @@ namespace {
 
 constexpr const char* thisMachine = "127.0.0.1 localhost\n::1 localhost\n";
 
+// A case that went on would write into the machine's own /etc.
 void check(int result, const char* step) {
-    EXPECT_EQ(result, 0) << step << ": " << std::strerror(errno); // NOLINT(concurrency-mt-unsafe)
+    if (result != 0) throw std::system_error(errno, std::generic_category(), step);
 }
 
 /// The few files that programs which the cases start read.
@@ -51,8 +52,6 @@ void mountEtc() {
 PrivateEtc::PrivateEtc() {
     const auto kept = filesToKeep();
     mountEtc();
-    // Not into the machine's own /etc.
-    if (::testing::Test::HasFailure()) return;
     for (const auto& [name, content] : kept) rewrite(name, content);
     rewrite("nsswitch.conf", "passwd: files\ngroup: files\nhosts: files dns\n");
     useHosts("");

@@ -15,7 +15,7 @@ namespace vorlan::tests {
 ///
 /// Threads: one thread at a time. Make it first of all: it changes the process's root folder (for one that looks
 ///          the same), and what was read of the machine's own /etc before stays as it was.
-/// Errors:  what cannot be done is a failure of the case.
+/// Errors:  what cannot be mounted ends the case by an exception; what cannot be written is a failure of it.
 class PrivateEtc {
 public:
     PrivateEtc();
