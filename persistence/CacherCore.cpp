@@ -19,7 +19,7 @@ constexpr auto where = "VorlanFoundation/Cacher";
 
 CacheContents* contentsOf(const std::shared_ptr<CacheStore>& store) {
     if (!store) fatalError("the cache must not be null", where);
-    return &store->contents();
+    return static_cast<CacheContents*>(store.get()); // there is no other kind
 }
 
 } // namespace
@@ -75,7 +75,7 @@ void CacherCore::setCache(std::shared_ptr<void> cache, const std::shared_ptr<Cac
         contents_.store(contents, std::memory_order_seq_cst);
     }
     // Readers do not hold the former one; from here on they find the new one.
-    ReaderSlot::awaitReadersOf(&former->contents().mutex());
+    ReaderSlot::awaitReadersOf(&contentsOf(former)->mutex());
 }
 
 const Queue& CacherCore::synchronizationQueue() {

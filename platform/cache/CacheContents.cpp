@@ -34,8 +34,8 @@ std::uint64_t CacheContents::momentOfUse() const {
     return moment_.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-void CacheContents::set(std::string_view key, Object object, std::size_t cost) {
-    if (!object) return remove(key);
+void CacheContents::setObject(std::string_view key, Object object, std::size_t cost) {
+    if (!object) return removeObject(key);
     const KeyView view(key);
     Object former; // released after the lock
     Evicted evicted;
@@ -86,14 +86,14 @@ CacheContents::Object CacheContents::take(Entries::iterator entry) {
     return object;
 }
 
-void CacheContents::remove(std::string_view key) {
+void CacheContents::removeObject(std::string_view key) {
     Object former; // released after the lock
     const std::lock_guard lock(mutex_);
     const auto entry = entries_.find(KeyView(key));
     if (entry != entries_.end()) former = take(entry);
 }
 
-void CacheContents::removeAll() {
+void CacheContents::removeAllObjects() {
     Entries former; // released after the lock
     const std::lock_guard lock(mutex_);
     std::swap(entries_, former);

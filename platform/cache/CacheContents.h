@@ -25,33 +25,26 @@ namespace vorlan::detail {
 /// comes up for eviction, so that looking up changes nothing that others read.
 ///
 /// Threads: safe from any thread.
-class CacheContents {
+class CacheContents final : public CacheStore {
 public:
-    using Object = CacheStore::Object;
-    using EvictionHandler = CacheStore::EvictionHandler;
-
-    /// The object of a key; null when there is none.
-    Object object(std::string_view key) const;
-
-    /// The same, for a reader that has announced the address of `mutex()`; false when it may not read.
+    /// Looks a key up for a reader that has announced the address of `mutex()`; false when it may not read.
     bool readAnnounced(std::string_view key, Object& object) const;
 
     /// What readers announce.
     const ReadMostlyMutex& mutex() const noexcept { return mutex_; }
 
-    void set(std::string_view key, Object object, std::size_t cost);
-    void remove(std::string_view key);
-    void removeAll();
-    std::size_t count() const;
-    std::size_t totalCost() const;
-    std::size_t countLimit() const;
-    std::size_t totalCostLimit() const;
-    void setCountLimit(std::size_t limit);
-    void setTotalCostLimit(std::size_t limit);
-    void setEvictionHandler(EvictionHandler handler);
-
-    /// Evicts so many, those first that were not used for longest.
-    void giveBack(std::size_t count);
+    Object object(std::string_view key) const override;
+    void setObject(std::string_view key, Object object, std::size_t cost) override;
+    void removeObject(std::string_view key) override;
+    void removeAllObjects() override;
+    std::size_t count() const override;
+    std::size_t totalCost() const override;
+    std::size_t countLimit() const override;
+    std::size_t totalCostLimit() const override;
+    void setCountLimit(std::size_t limit) override;
+    void setTotalCostLimit(std::size_t limit) override;
+    void setEvictionHandler(EvictionHandler handler) override;
+    void giveBack(std::size_t count) override;
 
 private:
     // Keys carry their hash: the library's table would work it out again for each neighbour that a search passes.

@@ -29,6 +29,8 @@ namespace vorlan {
 
 namespace detail {
 
+class CacheContents;
+
 /// What all `Cacher`s are made of.
 class VORLAN_EXPORT CacherCore : public std::enable_shared_from_this<CacherCore> {
 public:

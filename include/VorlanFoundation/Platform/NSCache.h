@@ -23,37 +23,38 @@ namespace vorlan {
 
 namespace detail {
 
-class CacheContents;
-
-/// A cache of objects of whatever type: what all `NSCache`s are made of.
+/// A cache of objects of whatever type: what stands behind every `NSCache`.
 class VORLAN_EXPORT CacheStore {
 public:
     using Object = std::shared_ptr<void>;
     using EvictionHandler = std::function<void(const std::string& key, const Object& object)>;
 
-    CacheStore();
+    /// The only kind that there is.
+    static std::shared_ptr<CacheStore> make();
+
     CacheStore(const CacheStore&) = delete;
     CacheStore& operator=(const CacheStore&) = delete;
-    ~CacheStore();
+    virtual ~CacheStore();
 
-    Object object(std::string_view key) const;
-    void setObject(std::string_view key, Object object, std::size_t cost);
-    void removeObject(std::string_view key);
-    void removeAllObjects();
-    std::size_t count() const;
-    std::size_t totalCost() const;
-    std::size_t countLimit() const;
-    std::size_t totalCostLimit() const;
-    void setCountLimit(std::size_t limit);
-    void setTotalCostLimit(std::size_t limit);
-    void setEvictionHandler(EvictionHandler handler);
-    void giveBack(std::size_t count);
+    virtual Object object(std::string_view key) const = 0;
+    virtual void setObject(std::string_view key, Object object, std::size_t cost) = 0;
+    virtual void removeObject(std::string_view key) = 0;
+    virtual void removeAllObjects() = 0;
+    virtual std::size_t count() const = 0;
+    virtual std::size_t totalCost() const = 0;
+    virtual std::size_t countLimit() const = 0;
+    virtual std::size_t totalCostLimit() const = 0;
+    virtual void setCountLimit(std::size_t limit) = 0;
+    virtual void setTotalCostLimit(std::size_t limit) = 0;
+    virtual void setEvictionHandler(EvictionHandler handler) = 0;
 
-    /// The inner side, for those who read without owning the store.
-    CacheContents& contents() const noexcept { return *contents_; }
+    /// Evicts so many, those first that were not used for longest.
+    virtual void giveBack(std::size_t count) = 0;
 
 private:
-    const std::unique_ptr<CacheContents> contents_;
+    friend class CacheContents;
+
+    CacheStore() = default;
 };
 
 /// An object as a store keeps it: without its type, and without its constness, which its readers know.
@@ -139,7 +140,7 @@ public:
     const std::shared_ptr<detail::CacheStore>& store() const noexcept { return store_; }
 
 private:
-    const std::shared_ptr<detail::CacheStore> store_ = std::make_shared<detail::CacheStore>();
+    const std::shared_ptr<detail::CacheStore> store_ = detail::CacheStore::make();
 };
 
 } // namespace vorlan
