@@ -26,3 +26,17 @@ runTests() {
     shift
     (cd "$root" && ctest --preset "$preset" "$@" </dev/null)
 }
+
+# Says which tests of a preset failed when they were run last, and how that ended which each of them printed.
+showFailedTests() {
+    local folder=$root/build/$1/Testing/Temporary name
+    [[ -s $folder/LastTestsFailed.log ]] || return 0
+    say "failed as $1:"
+    cut -d: -f2- "$folder/LastTestsFailed.log"
+    while IFS= read -r name; do
+        printf '\n--- %s, as %s:\n' "$name" "$1"
+        # Its part of the log ends with eight lines by ctest.
+        name=$name awk '/^[0-9]+\/[0-9]+ Testing: / { its = substr($0, index($0, ": ") + 2) == ENVIRON["name"] }
+                        its' "$folder/LastTest.log" | tail -n 68
+    done < <(cut -d: -f2- "$folder/LastTestsFailed.log")
+}

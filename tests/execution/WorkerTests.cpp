@@ -2,6 +2,7 @@
 #include <VorlanFoundation/Execution/Worker.h>
 
 #include "tests/support/Inbox.h"
+#include "tests/support/ThreadCount.h"
 
 #include <VorlanFoundation/Platform/RunLoop.h>
 
@@ -26,6 +27,7 @@
 using namespace vorlan;
 using namespace std::chrono_literals;
 using support::Inbox;
+using support::threadCount;
 
 namespace {
 
@@ -254,14 +256,14 @@ TEST(Worker, StartedAndStoppedAThousandTimesLeavesNeitherThreadsNorDescriptors) 
     const auto worker = std::make_shared<Worker>();
     stopAndAwait(*worker, *startAndAwait(*worker)); // What is made once for the process.
     const auto descriptors = count("/proc/self/fd");
-    const auto threads = count("/proc/self/task");
+    const auto threads = threadCount();
     for (int i = 0; i < 1000; ++i) stopAndAwait(*worker, *startAndAwait(*worker));
     // The last thread may still be on its way out, and with it what it polled.
     const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while ((count("/proc/self/task") > threads || count("/proc/self/fd") > descriptors) &&
+    while ((threadCount() > threads || count("/proc/self/fd") > descriptors) &&
            std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
-    EXPECT_LE(count("/proc/self/task"), threads);
+    EXPECT_LE(threadCount(), threads);
     EXPECT_LE(count("/proc/self/fd"), descriptors);
 }
 

@@ -3,6 +3,8 @@
 
 #include <VorlanFoundation/Execution/AsynchronousOperation.h>
 
+#include "tests/support/ThreadCount.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -10,8 +12,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <filesystem>
-#include <iterator>
 #include <latch>
 #include <memory>
 #include <mutex>
@@ -21,15 +21,9 @@
 #include <vector>
 
 using namespace vorlan;
+using support::threadCount;
 
 namespace {
-
-// A sanitizer has a thread of its own from the first on that the process makes, so that one is made before.
-std::size_t threadCount() {
-    [[maybe_unused]] static const bool isFirstMade = (std::jthread([] {}).join(), true);
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/task"),
-                                                  std::filesystem::directory_iterator()));
-}
 
 // How many are under way, and the most there ever were.
 struct Gauge {

@@ -2,6 +2,7 @@
 #include "platform/operations/ThreadPool.h"
 
 #include "tests/support/Inbox.h"
+#include "tests/support/ThreadCount.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +11,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <iterator>
+#include <cstddef>
 #include <latch>
 #include <memory>
 #include <string>
@@ -20,20 +20,17 @@
 using namespace vorlan;
 using namespace std::chrono_literals;
 using support::Inbox;
+using support::threadCount;
 
 namespace {
 
-// A sanitizer has a thread of its own from the first on that the process makes, so that one is made before.
-std::size_t threadCount() {
-    [[maybe_unused]] static const bool isFirstMade = (std::jthread([] {}).join(), true);
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/task"),
-                                                  std::filesystem::directory_iterator()));
-}
-
 bool threadsComeDownTo(std::size_t count, std::chrono::seconds limit) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (threadCount() > count && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
-    return threadCount() <= count;
+    while (threadCount() > count) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 } // namespace
@@ -100,10 +97,11 @@ TEST(ThreadPool, IdleThreadsLeaveAfterAWhile) {
 
 TEST(ThreadPool, ThreadsThatAreTooManyLeave) {
     const auto before = threadCount();
-    std::latch all(4);
     ThreadPool pool("pool", 4);
-    for (int i = 0; i < 4; ++i) pool.submit([&] { all.arrive_and_wait(); });
-    all.wait();
+    // Shared: nobody joins the works, and one that waits may look at it once more when the case is over.
+    const auto all = std::make_shared<std::latch>(4);
+    for (int i = 0; i < 4; ++i) pool.submit([all] { all->arrive_and_wait(); });
+    all->wait();
     pool.setWidth(1);
     EXPECT_TRUE(threadsComeDownTo(before + 1, 4s));
     Inbox<bool> ran;
@@ -112,9 +110,10 @@ TEST(ThreadPool, ThreadsThatAreTooManyLeave) {
 }
 
 TEST(ThreadPool, WidthThatGrowsProvidesThreadsForWhatWaits) {
-    std::latch both(2);
     ThreadPool pool("pool", 1);
-    for (int i = 0; i < 2; ++i) pool.submit([&] { both.arrive_and_wait(); });
+    // Shared: nobody joins the works, and one that waits may look at it once more when the case is over.
+    const auto both = std::make_shared<std::latch>(2);
+    for (int i = 0; i < 2; ++i) pool.submit([both] { both->arrive_and_wait(); });
     pool.setWidth(2);
-    both.wait();
+    both->wait();
 }
