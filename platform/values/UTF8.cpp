@@ -29,6 +29,25 @@ SequenceForm formOf(unsigned char lead) noexcept {
     return {0};
 }
 
+std::uint64_t load(const char* bytes) noexcept {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+// How many bytes come before the first that is not ASCII. In words, and four of these at a time, for texts are mostly
+// long runs of it.
+std::size_t asciiLength(std::string_view text) noexcept {
+    constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (end - at >= 32 && ((load(at) | load(at + 8) | load(at + 16) | load(at + 24)) & highBits) == 0)
+        at += 32;
+    while (end - at >= 8 && (load(at) & highBits) == 0) at += 8;
+    while (at != end && static_cast<unsigned char>(*at) < 0x80) ++at;
+    return static_cast<std::size_t>(at - text.data());
+}
+
 } // namespace
 
 Prefix firstCharacter(std::string_view text) noexcept {
@@ -49,25 +68,25 @@ Prefix firstCharacter(std::string_view text) noexcept {
 }
 
 bool isASCII(std::string_view text) noexcept {
-    constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
-    std::uint64_t bits = 0;
-    for (; text.size() >= sizeof bits; text.remove_prefix(sizeof bits)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data(), sizeof word);
-        bits |= word;
+    return asciiLength(text) == text.size();
+}
+
+std::size_t wellFormedLength(std::string_view text) noexcept {
+    const auto size = text.size();
+    while (true) {
+        text.remove_prefix(asciiLength(text));
+        if (text.empty()) return size;
+        // One script's characters come in runs.
+        do {
+            const auto length = characterLength(text.data(), text.size());
+            if (length == 0) return size - text.size();
+            text.remove_prefix(length);
+        } while (!text.empty() && static_cast<unsigned char>(text[0]) >= 0x80);
     }
-    for (const char c : text) bits |= static_cast<unsigned char>(c);
-    return (bits & highBits) == 0;
 }
 
 bool isWellFormed(std::string_view text) noexcept {
-    if (isASCII(text)) return true; // most texts are
-    while (!text.empty()) {
-        const auto first = firstCharacter(text);
-        if (!first.isWellFormed) return false;
-        text.remove_prefix(first.length);
-    }
-    return true;
+    return wellFormedLength(text) == text.size();
 }
 
 void append(std::string& text, char32_t character) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -60,6 +61,42 @@ TEST(UTF8, IllFormedBytesAreTakenAsFarAsTheyCouldHaveBecomeACharacter) {
         EXPECT_EQ(first.character, utf8::replacementCharacter);
         EXPECT_FALSE(utf8::isWellFormed(text));
         EXPECT_FALSE(utf8::isWellFormed("abc" + std::string(text) + "def"));
+    }
+}
+
+TEST(UTF8, LengthOfACharacterIsWhatReadingItTakes) {
+    for (char32_t character = 0; character < 0x110000; ++character) {
+        if (character == 0xD800) character = 0xE000;
+        const auto text = textOf(character);
+        for (std::size_t left = 1; left <= 5; ++left)
+            ASSERT_EQ(utf8::characterLength((text + "\x80").data(), left),
+                      left < text.size() ? 0 : text.size())
+                << "U+" << std::hex << static_cast<unsigned>(character);
+    }
+}
+
+TEST(UTF8, LengthOfWhatIsIllFormedIsZero) {
+    for (unsigned bytes = 0; bytes < 0x1'000'000; bytes += 1 + (bytes & 0xFF) % 3) {
+        const char text[]{static_cast<char>(bytes >> 16), static_cast<char>(bytes >> 8),
+                          static_cast<char>(bytes), 'z'};
+        const auto first = utf8::firstCharacter({text, sizeof text});
+        ASSERT_EQ(utf8::characterLength(text, sizeof text), first.isWellFormed ? first.length : 0)
+            << std::hex << bytes;
+    }
+}
+
+TEST(UTF8, WellFormedLengthEndsBeforeTheFirstIllFormedByteWhereverItIs) {
+    for (std::size_t size = 0; size < 70; ++size) {
+        for (const std::string_view letter : {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+            std::string text(size, 'x');
+            text += letter;
+            text += std::string(40, 'y');
+            ASSERT_EQ(utf8::wellFormedLength(text), text.size());
+            ASSERT_TRUE(utf8::isWellFormed(text));
+            ASSERT_EQ(utf8::isASCII(text), letter.size() == 1);
+            ASSERT_EQ(utf8::wellFormedLength(text.substr(0, size) + "\xFF" + text), size);
+            ASSERT_EQ(utf8::wellFormedLength(text + "\xE2\x82"), text.size());
+        }
     }
 }
 
