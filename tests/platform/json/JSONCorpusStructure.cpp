@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/platform/json/JSONCorpus.h"
+
+#include <string>
+#include <string_view>
+
+namespace vorlan::tests {
+
+namespace {
+
+using Array = Value::Array;
+using Dictionary = Value::Dictionary;
+
+std::string objectOfManyMembers(int count) {
+    std::string text = "{";
+    for (int i = 0; i < count; ++i)
+        text += (i > 0 ? ",\"" : "\"") + std::to_string(i) + "\":" + std::to_string(i);
+    return text + "}";
+}
+
+} // namespace
+
+std::vector<JSONText> structureTexts() {
+    return {
+        accepted("EmptyArray", "[]", Array()),
+        accepted("EmptyObject", "{}", Dictionary()),
+        accepted("ArrayOfOne", "[1]", Array{1}),
+        accepted("ArrayOfAllKinds", R"([1,-2.5,"a",true,false,null,[],{}])",
+                 Array{1, -2.5, "a", true, false, nullptr, Array(), Dictionary()}),
+        accepted("ArrayOfNulls", "[null,null]", Array{nullptr, nullptr}),
+        accepted("ArrayOfArrays", "[[],[[]],[[],[]]]"),
+        accepted("ArrayOfObjects", R"([{},{"a":{}}])", Array{Dictionary(), Dictionary{{"a", Dictionary()}}}),
+        accepted("LongArray", "[" + repeated("0,", 5000) + "0]", Array(5001, Value(0))),
+        accepted("ObjectOfOne", R"({"a":1})", Dictionary{{"a", 1}}),
+        accepted("ObjectOfAllKinds", R"({"a":1,"b":-2.5,"c":"d","e":true,"f":false,"g":null,"h":[],"i":{}})",
+                 Dictionary{{"a", 1},
+                            {"b", -2.5},
+                            {"c", "d"},
+                            {"e", true},
+                            {"f", false},
+                            {"g", nullptr},
+                            {"h", Array()},
+                            {"i", Dictionary()}}),
+        accepted("ObjectWithArrays", R"({"a":[1,{"b":[2]}]})"),
+        accepted("EmptyName", R"({"":0})", Dictionary{{"", 0}}),
+        accepted("NameOfBlanks", R"({"  ":0})", Dictionary{{"  ", 0}}),
+        accepted("NameWithEscapes", R"({"a\u0062\n":0})", Dictionary{{"ab\n", 0}}),
+        accepted("NameWithQuotes", R"({"\"":0})", Dictionary{{"\"", 0}}),
+        accepted("NameWithNull", R"({"\u0000":0})", Dictionary{{std::string(1, '\0'), 0}}),
+        accepted("NameOfFourBytes", "{\"\xF0\x9F\x98\x80\":0}", Dictionary{{"😀", 0}}),
+        accepted("NameBySurrogates", R"({"\uD83D\uDE00":0})", Dictionary{{"😀", 0}}),
+        accepted("NameLikeALiteral", R"({"null":null})", Dictionary{{"null", nullptr}}),
+        accepted("NameLikeANumber", R"({"1":1})", Dictionary{{"1", 1}}),
+        accepted("NamesThatDifferByCase", R"({"a":1,"A":2})", Dictionary{{"a", 1}, {"A", 2}}),
+        accepted("NamesThatDifferByComposition", "{\"\xC3\xA9\":1,\"e\xCC\x81\":2}",
+                 Dictionary{{"\xC3\xA9", 1}, {"e\xCC\x81", 2}}),
+        accepted("LongName", "{\"" + repeated("n", 10000) + "\":0}", Dictionary{{repeated("n", 10000), 0}}),
+        accepted("NamesThatAreNotSorted", R"({"z":1,"a":2,"m":3})", Dictionary{{"a", 2}, {"m", 3}, {"z", 1}}),
+        accepted("ManyMembers", objectOfManyMembers(1000)),
+        leftOpen("OneNameTwice", R"({"a":1,"a":2})", Dictionary{{"a", 2}}),
+        leftOpen("OneNameTwiceByAnEscape", R"({"a":1,"\u0061":2})", Dictionary{{"a", 2}}),
+        leftOpen("OneNameThrice", R"({"a":1,"b":0,"a":[],"a":"last"})", Dictionary{{"a", "last"}, {"b", 0}}),
+        leftOpen("EmptyNameTwice", R"({"":1,"":2})", Dictionary{{"", 2}}),
+    };
+}
+
+std::vector<JSONText> wrongStructureTexts() {
+    return {
+        rejected("ArrayWithoutAnEnd", "["),
+        rejected("ArrayOfOneWithoutAnEnd", "[1"),
+        rejected("ArrayCutOffAfterAComma", "[1,"),
+        rejected("ArrayCutOffInAText", "[\"a"),
+        rejected("ArrayCutOffInALiteral", "[tru"),
+        rejected("ArrayCutOffInANumber", "[-"),
+        rejected("ArrayCutOffInAnArray", "[[]"),
+        rejected("ArrayCutOffInAnObject", "[{}"),
+        rejected("EndOfAnArray", "]"),
+        rejected("EndOfAnObject", "}"),
+        rejected("ArrayWithAnotherEnd", "[]]"),
+        rejected("ObjectWithAnotherEnd", "{}}"),
+        rejected("ArrayEndedAsAnObject", "[}"),
+        rejected("ArrayOfOneEndedAsAnObject", "[1}"),
+        rejected("ObjectEndedAsAnArray", "{]"),
+        rejected("ObjectOfOneEndedAsAnArray", "{\"a\":1]"),
+        rejected("EndsCrossed", "[{\"a\":[}]]"),
+        rejected("CommaAlone", ","),
+        rejected("ColonAlone", ":"),
+        rejected("ArrayOfAComma", "[,]"),
+        rejected("ArrayCommaFirst", "[,1]"),
+        rejected("ArrayCommaLast", "[1,]"),
+        rejected("ArrayCommaLastThenBlanks", "[1 , ]"),
+        rejected("ArrayTwoCommas", "[1,,2]"),
+        rejected("ArrayTwoCommasLast", "[1,,]"),
+        rejected("ArrayWithoutComma", "[1 2]"),
+        rejected("ArrayWithoutCommaOfTexts", "[\"a\"\"b\"]"),
+        rejected("ArrayWithoutCommaOfArrays", "[[][]]"),
+        rejected("ArrayWithoutCommaOfObjects", "[{}{}]"),
+        rejected("ArrayWithoutCommaOfLiterals", "[true false]"),
+        rejected("ArrayWithoutCommaAfterAnArray", "[[]1]"),
+        rejected("ArraySemicolon", "[1;2]"),
+        rejected("ArrayColon", "[1:2]"),
+        rejected("ArrayOfAMember", "[\"a\":1]"),
+        rejected("ArrayEllipsis", "[1,...]"),
+        rejected("ArrayThenComma", "[1],"),
+        rejected("ArrayThenNumber", "[1]2"),
+        rejected("ArrayThenArray", "[][]"),
+        rejected("ArraysByComma", "[],[]").alone(),
+        rejected("Parentheses", "(1,2)"),
+        rejected("AngleBrackets", "<1>"),
+        rejected("ObjectWithoutAnEnd", "{"),
+        rejected("ObjectCutOffAfterAName", "{\"a\""),
+        rejected("ObjectCutOffInAName", "{\"a"),
+        rejected("ObjectCutOffAfterAColon", "{\"a\":"),
+        rejected("ObjectCutOffAfterAValue", "{\"a\":1"),
+        rejected("ObjectCutOffAfterAComma", "{\"a\":1,"),
+        rejected("ObjectCutOffAfterASecondName", "{\"a\":1,\"b\""),
+        rejected("ObjectOfAName", "{\"a\"}"),
+        rejected("ObjectWithoutAValue", "{\"a\":}"),
+        rejected("ObjectWithoutAName", "{:1}"),
+        rejected("ObjectWithoutAColon", "{\"a\" 1}"),
+        rejected("ObjectTwoColons", "{\"a\"::1}"),
+        rejected("ObjectTwoValues", "{\"a\":1:2}"),
+        rejected("ObjectTwoValuesByBlank", "{\"a\":1 2}"),
+        rejected("ObjectEqualsSign", "{\"a\"=1}"),
+        rejected("ObjectArrow", "{\"a\"=>1}"),
+        rejected("ObjectCommaForColon", "{\"a\",1}"),
+        rejected("ObjectOfAComma", "{,}"),
+        rejected("ObjectCommaFirst", "{,\"a\":1}"),
+        rejected("ObjectCommaLast", "{\"a\":1,}"),
+        rejected("ObjectCommaLastThenBlanks", "{\"a\":1 , }"),
+        rejected("ObjectTwoCommas", "{\"a\":1,,\"b\":2}"),
+        rejected("ObjectTwoCommasLast", "{\"a\":1,,}"),
+        rejected("ObjectWithoutComma", "{\"a\":1 \"b\":2}"),
+        rejected("ObjectSemicolon", "{\"a\":1;\"b\":2}"),
+        rejected("ObjectOfAnElement", "{1}"),
+        rejected("ObjectOfElements", "{1,2}"),
+        rejected("NameWithoutQuotes", "{a:1}"),
+        rejected("NameInSingleQuotes", "{'a':1}"),
+        rejected("NameOfANumber", "{1:1}"),
+        rejected("NameOfALiteral", "{null:1}"),
+        rejected("NameOfTrue", "{true:1}"),
+        rejected("NameOfAnArray", "{[]:1}"),
+        rejected("NameOfAnObject", "{{}:1}"),
+        rejected("NameInBrackets", "{[\"a\"]:1}"),
+        rejected("SecondNameWithoutQuotes", "{\"a\":1,b:2}"),
+        rejected("NameWithAWrongEscape", "{\"\\x\":1}"),
+        rejected("NameWithAControlCharacter", "{\"a\tb\":1}"),
+        leftOpen("NameWithHalfASurrogatePair", "{\"\\uD800\":1}", Outcome::malformed),
+        rejected("ObjectThenComma", "{\"a\":1},"),
+        rejected("ObjectThenNumber", "{}1"),
+        rejected("ObjectThenObject", "{}{}"),
+        rejected("ObjectThenText", "{}\"a\""),
+        rejected("ObjectThenSlash", "{}/"),
+        rejected("ObjectThenHash", "{}#"),
+        rejected("ObjectThenLetter", "{}x"),
+        rejected("ObjectThenEndOfArray", "{}]"),
+        rejected("MemberAlone", "\"a\":1"),
+        rejected("MembersAlone", "\"a\":1,\"b\":2"),
+        rejected("LineComment", "1//x"),
+        rejected("LineCommentInAnArray", "[1//x\n]"),
+        rejected("BlockComment", "/**/1"),
+        rejected("BlockCommentInAnObject", "{/*x*/\"a\":1}"),
+        rejected("BlockCommentAfter", "1/*x*/"),
+        rejected("HashComment", "#x\n1"),
+        rejected("MarkupComment", "<!-- -->1"),
+        rejected("AssignmentOfAScript", "x=1"),
+        rejected("CallOfAScript", "f({})"),
+        rejected("SemicolonAtTheEnd", "{};"),
+        rejected("Markup", "<a/>"),
+    };
+}
+
+} // namespace vorlan::tests
