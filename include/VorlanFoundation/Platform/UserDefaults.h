@@ -9,10 +9,13 @@
 //     std::optional<double> volume = defaults["volume"];
 //     defaults[Setting::theme] = Theme::dark;     // key and value both by raw value
 //     defaults["volume"] = std::nullopt;          // removed: 0.5 again
+//     defaults[{.codable = "profile"}] = profile; // any type that JSON can express, as JSON
 
+#include <VorlanFoundation/Platform/Describe.h>
 #include <VorlanFoundation/Platform/Export.h>
 #include <VorlanFoundation/Platform/FileURL.h>
 #include <VorlanFoundation/Platform/FunctionRef.h>
+#include <VorlanFoundation/Platform/JSONResult.h>
 #include <VorlanFoundation/Platform/KeyValueObserving.h>
 #include <VorlanFoundation/Platform/Queue.h>
 #include <VorlanFoundation/Platform/Subscript.h>
@@ -47,7 +50,25 @@ struct DefaultsEntry {
     std::string_view key;
 };
 
+/// An entry of the store, read and written as JSON.
+struct CodedDefaultsEntry {
+    template <Decodable T>
+    std::optional<T> read() const;
+    template <class T>
+        requires Encodable<std::remove_cvref_t<T>> && (!isOptional<std::remove_cvref_t<T>>)
+    void write(T&& value) const;
+    void remove() const;
+
+    UserDefaults& store;
+    std::string_view key;
+};
+
 } // namespace detail
+
+/// The key of an entry that holds its value as JSON: `defaults[{.codable = "profile"}]`.
+struct CodableKey {
+    std::string_view codable;
+};
 
 /// A store of entries, each a value under a key; in a file of the user's, shared by all processes that open it.
 ///
@@ -147,6 +168,20 @@ public:
         return (*this)[rawValue(key)];
     }
 
+    /// The value that is under a key as JSON, read by a default decoder; absent when there is no data, or other data.
+    template <Decodable T>
+    std::optional<T> obtain(std::string_view forKey) const;
+
+    /// Sets the value under a key as JSON, written by a default encoder. A value that cannot be encoded leaves the entry
+    /// as it is.
+    template <Encodable T>
+    void store(const T& encodable, std::string_view forKey);
+
+    /// The entry under a key as JSON: read as `obtain` does, assigned to as `store` does.
+    Subscript<detail::CodedDefaultsEntry> operator[](CodableKey key) {
+        return Subscript(detail::CodedDefaultsEntry{*this, key.codable});
+    }
+
     /// Has a value count where the store has none, for each key of `defaults`, in this process until it ends.
     /// What was registered before stays, unless it is registered anew.
     void registerDefaults(Value::Dictionary defaults);
@@ -199,5 +234,38 @@ void detail::DefaultsEntry::write(T&& value) const {
 inline void detail::DefaultsEntry::remove() const {
     store.removeObjectForKey(key);
 }
+
+template <Decodable T>
+std::optional<T> UserDefaults::obtain(std::string_view forKey) const {
+    const auto data = dataForKey(forKey);
+    if (!data) return std::nullopt;
+    auto result = detail::decodingResult<T>(*data, JSONDecoder());
+    return result ? std::optional<T>(*std::move(result)) : std::nullopt;
+}
+
+template <Encodable T>
+void UserDefaults::store(const T& encodable, std::string_view forKey) {
+    auto result = detail::encodingResult(encodable, JSONEncoder());
+    if (result) setObject(*std::move(result), forKey);
+}
+
+namespace detail {
+
+template <Decodable T>
+std::optional<T> CodedDefaultsEntry::read() const {
+    return store.obtain<T>(key);
+}
+
+template <class T>
+    requires Encodable<std::remove_cvref_t<T>> && (!isOptional<std::remove_cvref_t<T>>)
+void CodedDefaultsEntry::write(T&& value) const {
+    store.store(value, key);
+}
+
+inline void CodedDefaultsEntry::remove() const {
+    store.removeObjectForKey(key);
+}
+
+} // namespace detail
 
 } // namespace vorlan
