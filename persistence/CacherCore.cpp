@@ -17,6 +17,9 @@ namespace {
 
 constexpr auto where = "VorlanFoundation/Cacher";
 
+// Room for so many changes is kept for the next ones.
+constexpr std::size_t mostSpare = 64;
+
 CacheContents* contentsOf(const std::shared_ptr<CacheStore>& store) {
     if (!store) fatalError("the cache must not be null", where);
     return static_cast<CacheContents*>(store.get()); // there is no other kind
@@ -79,13 +82,31 @@ void CacherCore::setCache(std::shared_ptr<void> cache, const std::shared_ptr<Cac
 }
 
 const Queue& CacherCore::synchronizationQueue() {
+    handOutQueue();
+    return queue();
+}
+
+// From here on a host may have blocks on the queue that no read may overlap with.
+void CacherCore::handOutQueue() {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(isQueueHandedOut_, true)) return;
+    reasonsToQueue_.fetch_add(1, std::memory_order_seq_cst);
+    contentsOf(store_)->awaitReaders();
+}
+
+const Queue& CacherCore::queue() {
     if (const Queue* queue = queue_.load(std::memory_order_acquire)) return *queue;
     const std::lock_guard lock(mutex_);
+    return queueWithLock();
+}
+
+const Queue& CacherCore::queueWithLock() {
     if (const Queue* queue = queue_.load(std::memory_order_acquire)) return *queue;
     return keepQueue(Queue("Cacher-" + describeAddress(this), Queue::concurrent));
 }
 
 void CacherCore::setSynchronizationQueue(const Queue& queue) {
+    handOutQueue();
     const std::lock_guard lock(mutex_);
     keepQueue(queue);
 }
@@ -99,45 +120,86 @@ const Queue& CacherCore::keepQueue(const Queue& queue) {
     return *kept;
 }
 
-template <class Change>
-void CacherCore::change(Change&& change) {
-    synchronizationQueue().barrierAsync(
-        [self = shared_from_this(), change = std::forward<Change>(change)]() mutable {
-            change(*self->store());
-        });
+// What the changes are made to is the cache that is there when they are made.
+void CacherCore::make(Change& change, CacheStore& store) {
+    if (change.isForAll) return store.removeAllObjects();
+    if (!change.object) return store.removeObject(change.key);
+    store.setObject(change.key, std::move(change.object), 0);
+}
+
+// While no host has the queue, changes that are asked for before one could run share its barrier: nobody can tell, and
+// of many in a row each costs less than a block of the queue does.
+void CacherCore::submit(Change change) {
+    std::unique_lock lock(mutex_);
+    if (isQueueHandedOut_) {
+        lock.unlock();
+        return submitAlone(std::move(change));
+    }
+    pending_.push_back(std::move(change));
+    if (pending_.size() > 1) return;
+    // With the lock: who adds to these, and then reads, must find the block ahead of it.
+    reasonsToQueue_.fetch_add(1, std::memory_order_seq_cst);
+    queueWithLock().barrierAsync([self = shared_from_this()] { self->makePending(); });
+}
+
+void CacherCore::submitAlone(Change change) {
+    queue().barrierAsync(
+        [self = shared_from_this(), change = std::move(change)]() mutable { make(change, *self->store()); });
+}
+
+void CacherCore::makePending() {
+    std::vector<Change> changes;
+    {
+        const std::lock_guard lock(mutex_);
+        std::swap(changes, pending_);
+        std::swap(pending_, spare_);
+    }
+    auto store = this->store();
+    for (auto& change : changes) {
+        if (store.get() != contents_.load(std::memory_order_acquire))
+            store = this->store(); // replaced meanwhile
+        make(change, *store);
+    }
+    changes.clear();
+    reasonsToQueue_.fetch_sub(1, std::memory_order_release);
+    if (changes.capacity() > mostSpare) return;
+    const std::lock_guard lock(mutex_);
+    std::swap(changes, spare_);
 }
 
 void CacherCore::insert(Object object, std::string_view key) {
-    if (!object) return remove(key);
-    change([object = std::move(object), key = std::string(key)](CacheStore& store) mutable {
-        store.setObject(key, std::move(object), 0);
-    });
+    submit({std::string(key), std::move(object)});
 }
 
 void CacherCore::remove(std::string_view key) {
-    change([key = std::string(key)](CacheStore& store) { store.removeObject(key); });
+    submit({std::string(key), nullptr});
 }
 
 void CacherCore::clear() {
-    change([](CacheStore& store) { store.removeAllObjects(); });
+    submit({.isForAll = true});
 }
 
+// As long as no change is under way and no host has the queue, nobody could tell whether a read passed it, and it does
+// not: that takes longer than the read.
 CacherCore::Object CacherCore::object(std::string_view key) {
-    return synchronizationQueue().sync([&] { return read(key); });
+    Object object;
+    if (reasonsToQueue_.load(std::memory_order_relaxed) == 0 && read(key, object, false)) return object;
+    queue().sync([&] {
+        if (!read(key, object, true)) object = store()->object(key);
+    });
+    return object;
 }
 
-// Without owning the store, as all readers would have to write to its count of owners.
-CacherCore::Object CacherCore::read(std::string_view key) const {
+// Without owning the store, as all readers would have to write to its count of owners. False when that cannot be now.
+bool CacherCore::read(std::string_view key, Object& object, bool isOnQueue) const {
     for (;;) {
         CacheContents* const contents = contents_.load(std::memory_order_acquire);
         const ReaderSlot slot(&contents->mutex());
-        if (!slot) break;
+        if (!slot) return false;
         if (contents_.load(std::memory_order_seq_cst) != contents) continue; // replaced, and perhaps gone
-        Object object;
-        if (contents->readAnnounced(key, object)) return object;
-        break;
+        if (!isOnQueue && reasonsToQueue_.load(std::memory_order_seq_cst) != 0) return false;
+        return contents->readAnnounced(key, object);
     }
-    return store()->object(key);
 }
 
 std::pair<std::shared_ptr<CacherCore::Production>, bool> CacherCore::production(std::string_view key) {

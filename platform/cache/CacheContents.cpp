@@ -1,9 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/cache/CacheContents.h"
 
+#include "platform/cache/MemoryPressure.h"
+
+#include <algorithm>
 #include <mutex>
 
 namespace vorlan::detail {
+
+namespace {
+
+// How many are given back under one lock, so that nobody has to wait until millions are.
+constexpr std::size_t givenBackAtOnce = 256;
+
+} // namespace
 
 CacheContents::Object CacheContents::object(std::string_view key) const {
     const ReadMostlyMutex::Reader reader(mutex_);
@@ -39,6 +49,7 @@ void CacheContents::setObject(std::string_view key, Object object, std::size_t c
     const KeyView view(key);
     Object former; // released after the lock
     Evicted evicted;
+    bool isFirst = false;
     {
         const std::lock_guard lock(mutex_);
         auto entry = entries_.find(view);
@@ -49,25 +60,29 @@ void CacheContents::setObject(std::string_view key, Object object, std::size_t c
             if (entry == entries_.end()) entry = add(view);
             former = std::exchange(entry->second.object, std::move(object));
             totalCost_ += cost - std::exchange(entry->second.cost, cost);
-            use(entry->second);
+            entry->second.lastUse.store(nextMoment(), std::memory_order_relaxed);
             evicted = evictToLimits();
+            isFirst = !std::exchange(isWatched_, true);
         }
     }
+    if (isFirst) comeUnderWatch();
     tell(evicted);
 }
 
+// A new entry stands where it belongs at once: behind all that were used.
 CacheContents::Entries::iterator CacheContents::add(const KeyView& key) {
     const auto entry = entries_.try_emplace(Key(key)).first;
+    const std::uint64_t next = moment_.load(std::memory_order_relaxed) + 1;
     entry->second.key = &entry->first;
-    entry->second.place = order_.emplace_hint(order_.begin(), 0, &entry->second);
+    entry->second.place = order_.emplace_hint(order_.end(), next, &entry->second);
     return entry;
 }
 
-// Makes an entry the one that was used last.
-void CacheContents::use(Entry& entry) {
-    const std::uint64_t moment = moment_.fetch_add(1, std::memory_order_relaxed) + 1;
-    entry.lastUse.store(moment, std::memory_order_relaxed);
-    move(entry, moment);
+// A moment that is later than all before. As nobody reads meanwhile, it takes no atomic addition.
+std::uint64_t CacheContents::nextMoment() {
+    const std::uint64_t moment = moment_.load(std::memory_order_relaxed) + 1;
+    moment_.store(moment, std::memory_order_relaxed);
+    return moment;
 }
 
 // Gives an entry its place in the order of use.
@@ -154,6 +169,29 @@ void CacheContents::giveBack(std::size_t count) {
         while (evicted.size() < count && !entries_.empty()) evictFirst(evicted);
     }
     tell(evicted);
+}
+
+void CacheContents::giveBackHalf() {
+    for (std::size_t rest = (count() + 1) / 2; rest > 0;) {
+        const std::size_t part = std::min(rest, givenBackAtOnce);
+        giveBack(part);
+        rest -= part;
+    }
+}
+
+bool CacheContents::leaveWhenEmpty() {
+    const std::lock_guard lock(mutex_);
+    if (!entries_.empty()) return false;
+    isWatched_ = false;
+    return true;
+}
+
+void CacheContents::comeUnderWatch() {
+    (pressure_ != nullptr ? *pressure_ : MemoryPressure::shared()).add(weak_from_this());
+}
+
+void CacheContents::awaitReaders() const {
+    const std::lock_guard lock(mutex_);
 }
 
 bool CacheContents::isOverLimit() const {

@@ -17,16 +17,33 @@
 #include <utility>
 #include <vector>
 
+namespace vorlan {
+class MemoryPressure;
+}
+
 namespace vorlan::detail {
 
 /// The entries of a cache, by key and by when they were used.
 ///
-/// Readers only note the moment of use in the entry. Where an entry stands in the order of use is corrected when it
-/// comes up for eviction, so that looking up changes nothing that others read.
+/// To use an entry is to note the moment in it. Where it stands in the order of use is corrected when it comes up for
+/// eviction, so that looking up changes nothing that others read, and setting anew costs no search in the order.
 ///
 /// Threads: safe from any thread.
-class CacheContents final : public CacheStore {
+class CacheContents final : public CacheStore, public std::enable_shared_from_this<CacheContents> {
 public:
+    /// Made shared. It gives memory back with the caches of the whole process, or with those of `pressure`, which
+    /// outlives it.
+    explicit CacheContents(MemoryPressure* pressure = nullptr) noexcept : pressure_(pressure) {}
+
+    /// Gives back half of its entries, or the only one; others get their turn in between.
+    void giveBackHalf();
+
+    /// Whether it has no entries; then it asks to be watched again with the next one.
+    bool leaveWhenEmpty();
+
+    /// Returns when nobody looks anything up who began before.
+    void awaitReaders() const;
+
     /// Looks a key up for a reader that has announced the address of `mutex()`; false when it may not read.
     bool readAnnounced(std::string_view key, Object& object) const;
 
@@ -85,7 +102,7 @@ private:
     Object find(std::string_view key) const;
     std::uint64_t momentOfUse() const;
     Entries::iterator add(const KeyView& key);
-    void use(Entry& entry);
+    std::uint64_t nextMoment();
     void move(Entry& entry, std::uint64_t moment);
     Object take(Entries::iterator entry);
     bool isOverLimit() const;
@@ -93,15 +110,18 @@ private:
     Evicted evictToLimits();
 
     // Without it.
+    void comeUnderWatch();
     void tell(const Evicted& evicted) const;
 
-    mutable ReadMostlyMutex mutex_; // guards what follows
+    MemoryPressure* const pressure_; // null for the process's
+    mutable ReadMostlyMutex mutex_;  // guards what follows
     Entries entries_;
     Order order_;
     mutable std::atomic<std::uint64_t> moment_ = 0;
     std::size_t totalCost_ = 0;
     std::size_t countLimit_ = 0;
     std::size_t totalCostLimit_ = 0;
+    bool isWatched_ = false; // for memory pressure
     std::shared_ptr<const EvictionHandler> handler_;
 };
 

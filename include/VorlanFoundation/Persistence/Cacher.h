@@ -54,21 +54,35 @@ public:
 
 private:
     struct Production;
+    struct Change {
+        std::string key{};
+        Object object{}; ///< Null to remove the one that is there.
+        bool isForAll = false;
+    };
 
+    const Queue& queue();
+    const Queue& queueWithLock();
     const Queue& keepQueue(const Queue& queue);
+    void handOutQueue();
     std::shared_ptr<CacheStore> store() const;
-    Object read(std::string_view key) const;
-    template <class Change>
-    void change(Change&& change);
+    bool read(std::string_view key, Object& object, bool isOnQueue) const;
+    static void make(Change& change, CacheStore& store);
+    void submit(Change change);
+    void submitAlone(Change change);
+    void makePending();
     std::pair<std::shared_ptr<Production>, bool> production(std::string_view key);
     void finish(std::string_view key, Production& production);
 
     std::atomic<CacheContents*> contents_; ///< Of the store.
     std::atomic<const Queue*> queue_ = nullptr;
-    mutable std::mutex mutex_; ///< Guards what follows.
+    std::atomic<std::size_t> reasonsToQueue_ = 0; ///< Blocks of changes, and one if a host has the queue.
+    mutable std::mutex mutex_;                    ///< Guards what follows.
     std::shared_ptr<void> cache_;
     std::shared_ptr<CacheStore> store_;
+    bool isQueueHandedOut_ = false;
     std::vector<std::unique_ptr<const Queue>> queues_; ///< All that there were: somebody may be entering one.
+    std::vector<Change> pending_; ///< Waiting for one block of the queue, which is submitted.
+    std::vector<Change> spare_;   ///< Empty, with room.
     std::map<std::string, std::shared_ptr<Production>, std::less<>> productions_;
 };
 
@@ -82,7 +96,8 @@ private:
 /// Threads:     safe from any thread, but for moving and dropping the handle.
 /// Owns:        the cache, its queue, and with them the objects. What is submitted to the queue keeps both until it ran.
 /// Re-entrancy: reading from within a block of the queue stops the process: it would wait for itself.
-/// Time:        a read waits for the changes before it.
+/// Time:        a read waits for the changes before it. Where nobody can tell the difference, as no host has asked for the
+///              queue, reads with no change before them go without it, and changes that wait in a row share a block of it.
 /// Errors:      none. An entry may vanish at any time, by the limits of the cache or for want of memory.
 template <class T>
 class Cacher {

@@ -68,14 +68,19 @@ CacheStore::Object erased(const std::shared_ptr<Object>& object) {
 /// Objects by text keys, with limits if wanted; those that were not used for longest go first.
 ///
 /// To use an object is to set it or to look it up. An entry may vanish at any time, so what is looked up may be missing
-/// though nobody removed it.
+/// though nobody removed it: while the kernel is short of memory, every cache of the process gives back half of its
+/// entries at a time, those first that were not used for longest.
 ///
 /// Threads:     safe from any thread. Readers do not wait for each other.
 /// Owns:        its objects, shared with whoever looks them up. Objects that leave the cache are released outside of its
-///              lock, by the thread that made them leave.
+///              lock, by the thread that made them leave. The first entry of the process's first cache has the kernel
+///              watched for the rest of the process: two descriptors, or a timer while there are entries; no thread.
 /// Re-entrancy: the eviction handler, and destructors of objects, may use the cache.
-/// Time:        looking up takes the same time however many there are; setting grows with their logarithm.
-/// Errors:      none.
+/// Time:        looking up takes the same time however many there are; setting grows with their logarithm. For want of
+///              memory entries go at most once a second. The kernel tells at most every two seconds, after tasks of the
+///              process's control group (of the machine, where groups are not measured) waited 150 ms for memory;
+///              where it tells ordinary users nothing it is asked every five seconds.
+/// Errors:      none. On a machine whose kernel does not measure memory pressure, and in a forked child, none is noticed.
 template <class Object>
 class NSCache {
 public:
@@ -127,7 +132,7 @@ public:
     void setTotalCostLimit(std::size_t limit) { store_->setTotalCostLimit(limit); }
 
     /// Sets what is called with each entry that the cache drops by itself, after it was dropped, on the thread that
-    /// made it necessary; null for nothing.
+    /// made it necessary, or for want of memory on a background queue; null for nothing.
     void setEvictionHandler(EvictionHandler handler) {
         if (!handler) return store_->setEvictionHandler(nullptr);
         store_->setEvictionHandler(
