@@ -13,6 +13,7 @@ bool showOperations();
 bool showObservation();
 bool showLogging();
 bool showSettings();
+bool showPersistence();
 bool showKeychain();
 bool showNetwork();
 bool showReachability();

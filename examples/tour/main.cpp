@@ -49,9 +49,10 @@ int refuse(const std::string& reason) {
 int showAll(bool watches) {
     if (watches) stopMainLoopOnSignals();
     bool isComplete = true;
-    for (const auto show : {tour::showExecution, tour::showPacing, tour::showOperations,
-                            tour::showObservation, tour::showLogging, tour::showSettings, tour::showKeychain,
-                            tour::showNetwork, tour::showReachability})
+    for (const auto show :
+         {tour::showExecution, tour::showPacing, tour::showOperations, tour::showObservation,
+          tour::showLogging, tour::showSettings, tour::showPersistence, tour::showKeychain, tour::showNetwork,
+          tour::showReachability})
         isComplete &= show();
     if (watches) return tour::watchNetwork();
     return isComplete ? 0 : 1;

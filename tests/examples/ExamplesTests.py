@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The examples do what they say: the ten lines of the README, the tour with its watch of the network and of a
-host, and the passwords that are kept.
+host, the passwords that are kept, and the types of a host as JSON.
 
-Usage: ExamplesTests.py MINIMAL TOUR SECRETS README [unittest arguments]
+Usage: ExamplesTests.py MINIMAL TOUR SECRETS JSON README [unittest arguments]
 """
 
 import os
@@ -20,7 +20,7 @@ import termios
 import time
 import unittest
 
-minimal, tour, secrets, readme = sys.argv[1:5]
+minimal, tour, secrets, json, readme = sys.argv[1:6]
 limit = 60  # seconds; generous, as sanitizers and a busy machine are slow
 
 
@@ -118,10 +118,11 @@ class Tour(unittest.TestCase):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation",
-                      "Logging and timing", "Settings, folders and the bundle", "Keychain", "Network",
-                      "Reachability of a host"):
+                      "Logging and timing", "Settings, folders and the bundle", "Persistence", "Keychain",
+                      "Network", "Reachability of a host"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
+        self.assertIn("$.items[1].price: expected a number, found a string", result.stdout)
         self.assertNotIn("correct horse", result.stdout, "a secret")
         self.assertNotIn("\x1b", result.stdout)
 
@@ -265,5 +266,39 @@ class Secrets(unittest.TestCase):
         self.assertEqual(self.ask("list"), (0, "", ""))
 
 
+def without_indentation(text):
+    return "\n".join(line.strip() for line in text.split("\n"))
+
+
+class JSON(unittest.TestCase):
+    def test_writes_and_reads_a_host_s_types(self):
+        result = run(json)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.split("\n"), [
+            """{"name":"Ada","addresses":[{"street":"12 St James's Square","town":"London"}]}""",
+            "London",
+            '{"theme":"dark","pause":60}',
+            '"#FF8000"',
+            "$.addresses[0].town: expected a string, found a number (at byte 54)",
+            "Ada",
+            "$.addresses is missing",
+            '{"addresses":[],"born":"2001-01-01T00:00:00Z","name":"Ada"}',
+            "the same date",
+            "800",
+            "2",
+            '{"title":"sea","width":800}',
+            "3.500000",
+            '{"squares":[1,4,9]}',
+            ""])
+
+    def test_is_what_its_page_shows(self):
+        root = pathlib.Path(readme).parent
+        source = without_indentation((root / "examples" / "json" / "main.cpp").read_text())
+        blocks = re.findall(r"```cpp\n(.*?)```", (root / "docs" / "json.md").read_text(), re.DOTALL)
+        self.assertGreater(len(blocks), 5)
+        for block in blocks:
+            self.assertIn(without_indentation(block).strip(), source)
+
+
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[5:]])
+    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[6:]])
