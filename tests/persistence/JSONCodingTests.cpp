@@ -5,6 +5,7 @@
 #include <VorlanFoundation/Persistence/JSONCoding.h>
 
 #include "tests/persistence/CodableHosts.h"
+#include "tests/persistence/CodingAnswers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,7 +26,9 @@
 
 using namespace vorlan;
 using ::testing::HasSubstr;
+using tests::Answer;
 using tests::Appointment;
+using tests::asText;
 using tests::Measurement;
 using tests::Profile;
 using tests::Stubborn;
@@ -38,29 +41,6 @@ const JSONStrategies iso{.dates = JSONDates::iso8601};
 Data bytes(std::string_view text) {
     return dataFromText(text);
 }
-
-std::optional<std::string> asText(const std::optional<Data>& data) {
-    return data ? std::optional(textFromData(*data)) : std::nullopt;
-}
-
-// What a handler was called with, how often and where.
-template <class T>
-struct Answer {
-    // As a handler that takes its argument by value.
-    std::function<void(Result<T>)> handler() {
-        return [this](Result<T> result) {
-            ++calls;
-            thread = std::this_thread::get_id();
-            content = std::move(result);
-        };
-    }
-
-    bool cameOnceOnThisThread() const { return calls == 1 && thread == std::this_thread::get_id(); }
-
-    int calls = 0;
-    std::thread::id thread;
-    std::optional<Result<T>> content;
-};
 
 // Which handlers of an encoding were called.
 struct EncodingAnswer {

@@ -6,6 +6,7 @@
 #include <VorlanFoundation/Platform/JSONSerialization.h>
 
 #include "tests/persistence/CodableHosts.h"
+#include "tests/persistence/CodingAnswers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,7 +25,9 @@
 using namespace vorlan;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+using tests::Answer;
 using tests::Appointment;
+using tests::asText;
 using tests::Profile;
 using tests::Stubborn;
 
@@ -86,32 +89,17 @@ const Value::Dictionary fit{{"text", "a\"\\/\n\x01é👋"},
                             {"nothing", nullptr},
                             {"list", Value::Array{1, Value::Dictionary{}, Value(Value::Array{})}}};
 
-std::optional<std::string> asText(const std::optional<Data>& data) {
-    return data ? std::optional(textFromData(*data)) : std::nullopt;
-}
-
-// What a handler of `fromJSON` was called with.
 template <class T>
-struct Reply {
-    explicit Reply(const Value::Dictionary& dictionary, const JSONDecoder& decoder = {}) {
-        fromJSON<T>(dictionary, decoder, [this](Result<T> result) {
-            ++calls;
-            thread = std::this_thread::get_id();
-            content = std::move(result);
-        });
-    }
-
-    bool cameOnceOnThisThread() const { return calls == 1 && thread == std::this_thread::get_id(); }
-
-    int calls = 0;
-    std::thread::id thread;
-    std::optional<Result<T>> content;
-};
+Answer<T> replyTo(const Value::Dictionary& dictionary, const JSONDecoder& decoder = {}) {
+    Answer<T> answer;
+    fromJSON<T>(dictionary, decoder, answer.handler());
+    return answer;
+}
 
 // The domain of the error for a dictionary that is no JSON.
 template <class T>
 std::string domainFor() {
-    const Reply<T> reply({{"when", Date(0)}});
+    const auto reply = replyTo<T>({{"when", Date(0)}});
     return reply.content && !*reply.content ? reply.content->error().domain() : "no error";
 }
 
@@ -172,7 +160,7 @@ TEST(JSONDictionary, WithAValueThatIsNotJSONIsAbsent) {
 }
 
 TEST(JSONDictionary, BecomesAValueOfAHostsType) {
-    const Reply<Profile> reply(
+    const auto reply = replyTo<Profile>(
         {{"name", "Ada"},
          {"born", 60},
          {"addresses", Value::Array{Value::Dictionary{{"street", "Main Street"}, {"number", 5.0}}}}});
@@ -183,7 +171,7 @@ TEST(JSONDictionary, BecomesAValueOfAHostsType) {
 
 TEST(JSONDictionary, ThatIsNotJSONCallsTheHandlerOnceWithAnErrorOfItsOwn) {
     for (const auto& dictionary : unfit()) {
-        const Reply<Profile> reply(dictionary);
+        const auto reply = replyTo<Profile>(dictionary);
         EXPECT_TRUE(reply.cameOnceOnThisThread());
         ASSERT_TRUE(reply.content && !*reply.content);
         const NSError& error = reply.content->error();
@@ -211,7 +199,7 @@ TEST(JSONDictionary, ErrorNamesTheTypeWithoutWhatItStandsIn) {
 }
 
 TEST(JSONDictionary, ThatDoesNotDecodeCallsTheHandlerOnceWithTheDecodersError) {
-    const Reply<Profile> reply({{"name", 5}, {"addresses", Value::Array{}}});
+    const auto reply = replyTo<Profile>({{"name", 5}, {"addresses", Value::Array{}}});
     EXPECT_TRUE(reply.cameOnceOnThisThread());
     ASSERT_TRUE(reply.content && !*reply.content);
     const auto* error = reply.content->errorAs<JSONError>();
@@ -226,19 +214,19 @@ TEST(JSONDictionary, IsDecodedByADefaultDecoderWhicheverIsGiven) {
                              .unknownMembers = JSONUnknownMembers::refuse,
                              .maximumDepth = 1,
                              .maximumSize = 1};
-    const Reply<Appointment> number(
+    const auto number = replyTo<Appointment>(
         {{"title", "Tea"}, {"when", 60}, {"more", Value::Array{Value(Value::Array{})}}}, strict);
     EXPECT_TRUE(number.cameOnceOnThisThread());
     ASSERT_TRUE(number.content && *number.content);
     EXPECT_EQ(**number.content, (Appointment{"Tea", Date(60)}));
-    const Reply<Appointment> text({{"title", "Tea"}, {"when", "2001-01-01T00:01:00Z"}}, strict);
+    const auto text = replyTo<Appointment>({{"title", "Tea"}, {"when", "2001-01-01T00:01:00Z"}}, strict);
     EXPECT_TRUE(text.cameOnceOnThisThread());
     ASSERT_TRUE(text.content);
     EXPECT_FALSE(*text.content);
 }
 
 TEST(JSONDictionary, HandlerIsCalledOnceWhenAHostsOwnDecodingThrows) {
-    const Reply<Stubborn> stubborn(Value::Dictionary{});
+    const auto stubborn = replyTo<Stubborn>(Value::Dictionary{});
     EXPECT_TRUE(stubborn.cameOnceOnThisThread());
     ASSERT_TRUE(stubborn.content && !*stubborn.content);
     EXPECT_THAT(stubborn.content->error().what(), HasSubstr("no such form"));
