@@ -175,7 +175,7 @@ TEST(JSONWriter, RandomMembersAreSortedAsTheirNamesAre) {
         };
         const bool isPretty = random() % 2 == 0;
         const auto sorted = written(write, {.prettyPrinted = isPretty, .sortedKeys = true});
-        std::ranges::stable_sort(names);
+        std::ranges::sort(names); // Equal names have equal values.
         ASSERT_EQ(sorted, written(write, {.prettyPrinted = isPretty}));
     }
 }
