@@ -13,8 +13,8 @@ JSONText JSONText::alone() const {
     return copy;
 }
 
-std::ostream& operator<<(std::ostream& out, const JSONText& text) {
-    return out << text.name;
+std::ostream& operator<<(std::ostream& out, const JSONTopic& topic) {
+    return out << topic.name;
 }
 
 std::ostream& operator<<(std::ostream& out, Outcome outcome) {
@@ -54,15 +54,23 @@ std::string repeated(std::string_view text, std::size_t times) {
     return all;
 }
 
-const std::vector<JSONText>& jsonCorpus() {
-    static const std::vector<JSONText> all = [] {
-        std::vector<JSONText> texts;
-        for (auto& topic :
-             {wholeNumberTexts(), otherNumberTexts(), textTexts(), controlCharacterTexts(), structureTexts(),
-              wrongStructureTexts(), literalTexts(), blankTexts(), encodingTexts(), depthTexts()})
-            texts.insert(texts.end(), topic.begin(), topic.end());
-        return texts;
-    }();
+const std::vector<JSONTopic>& jsonTopics() {
+    static const std::vector<JSONTopic> topics{{"WholeNumbers", wholeNumberTexts()},
+                                               {"OtherNumbers", otherNumberTexts()},
+                                               {"Texts", textTexts()},
+                                               {"ControlCharacters", controlCharacterTexts()},
+                                               {"Structure", structureTexts()},
+                                               {"WrongStructure", wrongStructureTexts()},
+                                               {"Literals", literalTexts()},
+                                               {"Blanks", blankTexts()},
+                                               {"Encodings", encodingTexts()},
+                                               {"Depths", depthTexts()}};
+    return topics;
+}
+
+std::vector<JSONText> jsonCorpus() {
+    std::vector<JSONText> all;
+    for (const auto& topic : jsonTopics()) all.insert(all.end(), topic.texts.begin(), topic.texts.end());
     return all;
 }
 

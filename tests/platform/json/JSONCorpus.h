@@ -32,7 +32,6 @@ struct JSONText {
 };
 
 /// For what failing cases print.
-std::ostream& operator<<(std::ostream& out, const JSONText& text);
 std::ostream& operator<<(std::ostream& out, Outcome outcome);
 
 JSONText accepted(std::string name, std::string_view text);
@@ -56,7 +55,16 @@ std::vector<JSONText> blankTexts();
 std::vector<JSONText> encodingTexts();
 std::vector<JSONText> depthTexts();
 
+/// The texts of one of these.
+struct JSONTopic {
+    std::string name;
+    std::vector<JSONText> texts;
+};
+std::ostream& operator<<(std::ostream& out, const JSONTopic& topic);
+
+const std::vector<JSONTopic>& jsonTopics();
+
 /// All of them, each with a name of its own.
-const std::vector<JSONText>& jsonCorpus();
+std::vector<JSONText> jsonCorpus();
 
 } // namespace vorlan::tests
