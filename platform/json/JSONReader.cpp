@@ -4,6 +4,7 @@
 #include "platform/json/JSONReaderText.h"
 #include "platform/values/Base64.h"
 #include "platform/values/DateText.h"
+#include "platform/values/Epoch.h"
 
 #include <VorlanFoundation/Platform/Describe.h>
 #include <VorlanFoundation/Platform/JSONFieldNames.h>
@@ -16,8 +17,6 @@
 
 namespace vorlan {
 namespace {
-
-constexpr double from1970To2001 = 978'307'200;
 
 // As it stands in messages.
 std::string shortened(std::string_view text) {
@@ -207,8 +206,8 @@ std::string_view JSONReader::readText() {
 
 Date JSONReader::readDate() {
     switch (reading().strategies.dates) {
-    case JSONDates::secondsSince1970: return Date(readNumber() - from1970To2001);
-    case JSONDates::millisecondsSince1970: return Date(readNumber() / 1000 - from1970To2001);
+    case JSONDates::secondsSince1970: return Date(readNumber() - secondsFrom1970To2001);
+    case JSONDates::millisecondsSince1970: return Date(readNumber() / 1000 - secondsFrom1970To2001);
     case JSONDates::iso8601: {
         const auto text = readText();
         if (const auto date = dateFromRFC3339(text)) return *date;

@@ -2,7 +2,6 @@
 #include "platform/json/JSONReaderText.h"
 
 #include "platform/json/JSONDepth.h"
-
 #include "platform/json/JSONPath.h"
 #include "platform/values/UTF8.h"
 

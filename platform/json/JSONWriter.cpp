@@ -3,6 +3,7 @@
 
 #include "platform/json/JSONWriterText.h"
 #include "platform/values/DateText.h"
+#include "platform/values/Epoch.h"
 
 #include <VorlanFoundation/Platform/JSONFieldNames.h>
 
@@ -10,12 +11,6 @@
 #include <cstdint>
 
 namespace vorlan {
-namespace {
-
-// Of 1970-01-01T00:00:00Z to that of 2001, in seconds.
-constexpr double secondsFrom1970 = 978'307'200;
-
-} // namespace
 
 JSONWriter::JSONWriter(const JSONWriting& writing) : text_(std::make_unique<Text>(writing)) {}
 
@@ -81,10 +76,10 @@ void JSONWriter::writeDate(Date date) {
     const double seconds = date.timeIntervalSinceReferenceDate();
     switch (writing().strategies.dates) {
     case JSONDates::deferredToDate: return writeNumber(seconds);
-    case JSONDates::secondsSince1970: return writeNumber(seconds + secondsFrom1970);
+    case JSONDates::secondsSince1970: return writeNumber(seconds + secondsFrom1970To2001);
     // Rounded once.
     case JSONDates::millisecondsSince1970:
-        return writeNumber(std::fma(seconds, 1000, secondsFrom1970 * 1000));
+        return writeNumber(std::fma(seconds, 1000, secondsFrom1970To2001 * 1000));
     case JSONDates::iso8601: break;
     }
     const auto text = rfc3339FromDate(date);

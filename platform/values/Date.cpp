@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Platform/Date.h>
 
+#include "platform/values/Epoch.h"
+
 #include <VorlanFoundation/Platform/Describe.h>
 
 #include <cmath>
@@ -10,9 +12,6 @@
 namespace vorlan {
 
 namespace {
-
-// 2001-01-01T00:00:00Z on the system's clock, which counts from 1970.
-constexpr std::chrono::sys_days referenceDate{std::chrono::year(2001) / std::chrono::January / 1};
 
 struct CivilDay {
     std::int64_t year;

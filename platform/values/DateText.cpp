@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/values/DateText.h"
 
+#include "platform/values/Epoch.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -17,7 +19,6 @@ using namespace std::chrono;
 using Seconds = std::int64_t;
 
 constexpr Seconds secondsOfDay = 86'400;
-constexpr sys_days referenceDate{year(2001) / January / 1};
 
 constexpr Seconds secondsBefore(sys_days day) {
     return Seconds{(day - referenceDate).count()} * secondsOfDay;
