@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/network/Survey.h"
 
+#include <array>
 #include <cerrno>
+#include <type_traits>
 #include <utility>
 
 namespace vorlan::network {
@@ -26,8 +28,10 @@ Progress Progress::ofError(int error) noexcept {
     return {error == EAGAIN ? Outcome::unsettled : Outcome::failed, error};
 }
 
-const std::vector<IPAddress>& probeDestinations() {
-    static const std::vector<IPAddress> destinations{
+std::span<const IPAddress> probeDestinations() {
+    // Nothing that is destroyed at the end: queues may still look for a way then.
+    static_assert(std::is_trivially_destructible_v<IPAddress>);
+    static const std::array destinations{
         *IPAddress::fromText("8.8.8.8"),
         *IPAddress::fromText("198.41.0.4"),
         *IPAddress::fromText("2001:503:ba3e::2:30"),

@@ -11,6 +11,7 @@
 #include <VorlanFoundation/Platform/FunctionRef.h>
 
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace vorlan::network {
@@ -37,7 +38,7 @@ struct Progress {
 ///
 /// Halves, because VPN software covers the default route with two routes that are half as long each. The
 /// all-zero address would not do: the kernel takes it for this machine.
-const std::vector<IPAddress>& probeDestinations();
+std::span<const IPAddress> probeDestinations();
 
 /// The links and addresses at one moment, and the kernel to ask for routes.
 ///

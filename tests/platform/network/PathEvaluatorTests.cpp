@@ -196,7 +196,7 @@ TEST_F(PathEvaluator, EqualStateGivesEqualPathsAndAChangedSourceDoesNot) {
 }
 
 TEST_F(PathEvaluator, EveryHalfOfTheAddressSpacesIsAsked) {
-    const auto& probes = probeDestinations();
+    const auto probes = probeDestinations();
     ASSERT_EQ(probes.size(), 4U);
     EXPECT_TRUE(probes[0].isInside(ip("0.0.0.0"), 1));
     EXPECT_TRUE(probes[1].isInside(ip("128.0.0.0"), 1));
