@@ -9,3 +9,5 @@
 #include <VorlanFoundation/Testing/ManualQueue.h>
 #include <VorlanFoundation/Testing/ScriptedNetwork.h>
 #include <VorlanFoundation/Testing/TemporaryHome.h>
+#include <VorlanFoundation/Testing/UserRegion.h>
+#include <VorlanFoundation/Testing/WallClock.h>

@@ -1,37 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Platform/Date.h>
 
+#include "platform/values/CivilDay.h"
 #include "platform/values/Epoch.h"
 
 #include <VorlanFoundation/Platform/Describe.h>
+#include <VorlanFoundation/Platform/Region.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 
 namespace vorlan {
 
 namespace {
-
-struct CivilDay {
-    std::int64_t year;
-    int month;
-    int day;
-};
-
-// The Gregorian date of a day counted from 1970-01-01, for years that std::chrono does not reach. Counts in eras
-// of 400 years, of which all have the same days, from a 1 March, so that the leap day is a year's last.
-CivilDay civilDay(std::int64_t daysSince1970) {
-    constexpr std::int64_t daysOfEra = 146'097;
-    const std::int64_t days = daysSince1970 + 719'468; // since 0000-03-01
-    const std::int64_t era = (days >= 0 ? days : days - (daysOfEra - 1)) / daysOfEra;
-    const auto dayOfEra = static_cast<int>(days - era * daysOfEra);
-    const int yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
-    const int dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const int month = (5 * dayOfYear + 2) / 153; // since March: months have 31 and 30 days in turns of 153
-    const int day = dayOfYear - (153 * month + 2) / 5 + 1;
-    return {era * 400 + yearOfEra + (month >= 10 ? 1 : 0), month < 10 ? month + 3 : month - 9, day};
-}
 
 std::string yearText(std::int64_t year) {
     auto digits = std::to_string(std::abs(year));
@@ -43,12 +27,36 @@ void appendTwoDigits(std::string& text, char separator, int number) {
     text += {separator, static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
 }
 
+// The seconds that the wall clock was stopped at, as a test does; no number while it runs.
+std::atomic<double> stoppedAt = std::numeric_limits<double>::quiet_NaN();
+
+Date present() {
+    const double stopped = stoppedAt.load(std::memory_order_relaxed);
+    return std::isnan(stopped) ? Date(std::chrono::system_clock::now()) : Date(stopped);
+}
+
 } // namespace
 
-Date::Date() noexcept : Date(std::chrono::system_clock::now()) {}
+std::optional<Date> detail::setWallClock(std::optional<Date> now) {
+    const double seconds =
+        now ? now->timeIntervalSinceReferenceDate() : std::numeric_limits<double>::quiet_NaN();
+    const double former = stoppedAt.exchange(seconds);
+    return std::isnan(former) ? std::nullopt : std::optional(Date(former));
+}
+
+Date::Date() noexcept : Date(present()) {}
 
 Date::Date(std::chrono::system_clock::time_point time) noexcept
     : seconds_(std::chrono::duration<double>(time - referenceDate).count()) {}
+
+double Date::timeIntervalSince1970() const noexcept {
+    const double seconds = seconds_ + secondsTo2001;
+    constexpr double microseconds = 1e6;
+    // Beyond it a double does not hold the microseconds of all seconds.
+    if (!(std::abs(seconds) < 4e9)) return seconds;
+    const double nearest = std::round(seconds * microseconds) / microseconds;
+    return nearest - secondsTo2001 == seconds_ ? nearest : seconds;
+}
 
 std::string Date::description() const {
     const double whole = std::floor(seconds_);

@@ -20,7 +20,7 @@ namespace vorlan {
 /// Time:    CLOCK_REALTIME, seconds as a double: to about 0.1 microseconds in this century.
 class Date {
 public:
-    /// The present.
+    /// The present, or what a test has the wall clock show (`testing::WallClock`).
     VORLAN_EXPORT Date() noexcept;
 
     /// So many seconds after (or, when negative, before) 2001-01-01T00:00:00Z.
@@ -29,6 +29,11 @@ public:
 
     /// The date of a point on the system's clock.
     VORLAN_EXPORT Date(std::chrono::system_clock::time_point time) noexcept; // NOLINT: the same thing
+
+    /// So many seconds after (or, when negative, before) 1970-01-01T00:00:00Z.
+    static constexpr Date fromTimeIntervalSince1970(double seconds) noexcept {
+        return Date(seconds - secondsTo2001);
+    }
 
     /// A date before all that an application deals with: the start of year 1 in the calendar of its time, the
     /// Julian.
@@ -40,6 +45,11 @@ public:
     /// Seconds since 2001-01-01T00:00:00Z.
     constexpr double timeIntervalSinceReferenceDate() const noexcept { return seconds_; }
 
+    /// Seconds since 1970-01-01T00:00:00Z. Where a whole number of microseconds since then makes this very date, it is
+    /// that: `fromTimeIntervalSince1970(0.0005)` gives 0.0005 back, although the date itself is kept to 0.1
+    /// microseconds only.
+    VORLAN_EXPORT double timeIntervalSince1970() const noexcept;
+
     /// Seconds from `other` to this date; negative when this one is earlier.
     constexpr double timeIntervalSince(Date other) const noexcept { return seconds_ - other.seconds_; }
 
@@ -50,6 +60,8 @@ public:
     friend constexpr auto operator<=>(const Date&, const Date&) = default;
 
 private:
+    static constexpr double secondsTo2001 = 978'307'200;
+
     double seconds_;
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <VorlanFoundation/Platform/Locale.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -43,13 +45,29 @@ private:
     Variables former_;
 };
 
-/// The languages of a user, and nothing else from the environment.
-struct Languages : Environment {
+/// The languages of a user, and nothing else from the environment, as the library sees it.
+class Languages {
+public:
+    explicit Languages(const Environment::Variables& variables) : environment_(variables) {
+        Locale::resetCurrent();
+    }
     explicit Languages(const std::string& lang, const std::string& language = "")
-        : Environment({{"LC_ALL", std::nullopt},
-                       {"LC_MESSAGES", std::nullopt},
-                       {"LANG", lang},
-                       {"LANGUAGE", language}}) {}
+        : Languages({{"LC_ALL", std::nullopt},
+                     {"LC_MESSAGES", std::nullopt},
+                     {"LC_TIME", std::nullopt},
+                     {"LANG", lang},
+                     {"LANGUAGE", language}}) {}
+
+private:
+    struct Reset {
+        Reset() = default;
+        Reset(const Reset&) = delete;
+        Reset& operator=(const Reset&) = delete;
+        ~Reset() { Locale::resetCurrent(); }
+    };
+
+    Reset afterwards_; // once the variables are what they were
+    Environment environment_;
 };
 
 /// Is in another working directory as long as it lives.

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <VorlanFoundation/Platform/NumberFormatter.h>
+
+#include "platform/text/CurrentRegion.h"
+#include "platform/text/NumberFormat.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <mutex>
+#include <utility>
+
+namespace vorlan {
+
+namespace detail {
+
+/// The settings of a formatter, and what follows from them.
+///
+/// Threads: safe from any thread.
+class NumberFormatterState {
+public:
+    struct Settings {
+        NumberFormatter::Style style = NumberFormatter::Style::none;
+        NumberFormatter::RoundingMode roundingMode = NumberFormatter::RoundingMode::halfEven;
+        std::optional<int> minimumFractionDigits;
+        std::optional<int> maximumFractionDigits;
+        std::optional<bool> usesGroupingSeparator;
+        std::optional<Locale> locale;
+    };
+
+    NumberFormatterState() = default;
+    explicit NumberFormatterState(Settings settings) : settings_(std::move(settings)) {}
+
+    Settings settings() const {
+        const std::lock_guard lock(mutex_);
+        return settings_;
+    }
+
+    template <class Change>
+    void change(Change&& by) {
+        const std::lock_guard lock(mutex_);
+        by(settings_);
+        format_.reset();
+    }
+
+    /// What writes as is set now, for the user as he is now.
+    std::shared_ptr<const NumberFormat> format() {
+        const auto& region = currentRegion();
+        const std::lock_guard lock(mutex_);
+        const bool isOfAnotherUser = !settings_.locale && region_ != &region;
+        if (!format_ || isOfAnotherUser) format_ = NumberFormat::forLayout(layoutFor(region));
+        region_ = &region;
+        return format_;
+    }
+
+private:
+    NumberLayout layoutFor(const CurrentRegion& region) const {
+        return {.locale = settings_.locale.value_or(region.locale),
+                .style = settings_.style,
+                .roundingMode = settings_.roundingMode,
+                .minimumFractionDigits = settings_.minimumFractionDigits,
+                .maximumFractionDigits = settings_.maximumFractionDigits,
+                .usesGroupingSeparator = settings_.usesGroupingSeparator};
+    }
+
+    mutable std::mutex mutex_;
+    Settings settings_;
+    std::shared_ptr<const NumberFormat> format_;
+    const CurrentRegion* region_ = nullptr;
+};
+
+} // namespace detail
+
+namespace {
+
+using Settings = detail::NumberFormatterState::Settings;
+
+int digitCount(int digits) {
+    return std::clamp(digits, 0, NumberDigits::limit);
+}
+
+// The number that has the digits by which a float is known.
+double byShortestDigits(float number) {
+    if (!std::isfinite(number)) return static_cast<double>(number);
+    std::array<char, 32> digits;
+    const auto written = std::to_chars(digits.begin(), digits.end(), number);
+    double result = 0;
+    std::from_chars(digits.begin(), written.ptr, result);
+    return result;
+}
+
+} // namespace
+
+NumberFormatter::NumberFormatter() : state_(std::make_shared<detail::NumberFormatterState>()) {}
+
+NumberFormatter::NumberFormatter(std::shared_ptr<detail::NumberFormatterState> state)
+    : state_(std::move(state)) {}
+
+NumberFormatter NumberFormatter::copy() const {
+    return NumberFormatter(std::make_shared<detail::NumberFormatterState>(state_->settings()));
+}
+
+std::string NumberFormatter::string(double number) const {
+    return state_->format()->string(number);
+}
+
+std::string NumberFormatter::string(std::int64_t number) const {
+    return state_->format()->string(number);
+}
+
+std::string NumberFormatter::string(float number) const {
+    return string(byShortestDigits(number));
+}
+
+std::optional<double> NumberFormatter::number(std::string_view text) const {
+    return state_->format()->number(text);
+}
+
+NumberFormatter::Style NumberFormatter::numberStyle() const {
+    return state_->settings().style;
+}
+
+void NumberFormatter::setNumberStyle(Style style) {
+    state_->change([=](Settings& settings) { settings.style = style; });
+}
+
+int NumberFormatter::minimumFractionDigits() const {
+    return state_->format()->digits().minimumFractionDigits;
+}
+
+void NumberFormatter::setMinimumFractionDigits(int digits) {
+    state_->change([least = digitCount(digits)](Settings& settings) {
+        settings.minimumFractionDigits = least;
+        if (auto& most = settings.maximumFractionDigits) most = std::max(*most, least);
+    });
+}
+
+int NumberFormatter::maximumFractionDigits() const {
+    return state_->format()->digits().maximumFractionDigits;
+}
+
+void NumberFormatter::setMaximumFractionDigits(int digits) {
+    state_->change([most = digitCount(digits)](Settings& settings) {
+        settings.maximumFractionDigits = most;
+        if (auto& least = settings.minimumFractionDigits) least = std::min(*least, most);
+    });
+}
+
+NumberFormatter::RoundingMode NumberFormatter::roundingMode() const {
+    return state_->settings().roundingMode;
+}
+
+void NumberFormatter::setRoundingMode(RoundingMode mode) {
+    state_->change([=](Settings& settings) { settings.roundingMode = mode; });
+}
+
+bool NumberFormatter::usesGroupingSeparator() const {
+    return state_->format()->digits().usesGroupingSeparator;
+}
+
+void NumberFormatter::setUsesGroupingSeparator(bool grouping) {
+    state_->change([=](Settings& settings) { settings.usesGroupingSeparator = grouping; });
+}
+
+Locale NumberFormatter::locale() const {
+    const auto chosen = state_->settings().locale;
+    return chosen ? *chosen : currentRegion().locale;
+}
+
+void NumberFormatter::setLocale(std::optional<Locale> locale) {
+    state_->change([&](Settings& settings) { settings.locale = std::move(locale); });
+}
+
+} // namespace vorlan

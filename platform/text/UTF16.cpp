@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/text/UTF16.h"
+
+#include <unicode/bytestream.h>
+#include <unicode/stringpiece.h>
+
+namespace vorlan {
+
+icu::UnicodeString utf16FromUTF8(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+std::string utf8FromUTF16(const icu::UnicodeString& text) {
+    std::string result;
+    result.reserve(static_cast<std::size_t>(text.length()));
+    icu::StringByteSink<std::string> sink(&result);
+    text.toUTF8(sink);
+    return result;
+}
+
+} // namespace vorlan
