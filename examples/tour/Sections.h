@@ -14,6 +14,7 @@ bool showObservation();
 bool showLogging();
 bool showSettings();
 bool showPersistence();
+bool showDates();
 bool showKeychain();
 bool showNetwork();
 bool showReachability();

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The examples do what they say: the ten lines of the README, the tour with its watch of the network and of a
-host, the passwords that are kept, and the types of a host as JSON.
+host, the passwords that are kept, the types of a host as JSON, and its dates.
 
-Usage: ExamplesTests.py MINIMAL TOUR SECRETS JSON README [unittest arguments]
+Usage: ExamplesTests.py MINIMAL TOUR SECRETS JSON DATES README [unittest arguments]
 """
 
 import os
@@ -20,7 +20,7 @@ import termios
 import time
 import unittest
 
-minimal, tour, secrets, json, readme = sys.argv[1:6]
+minimal, tour, secrets, json, dates, readme = sys.argv[1:7]
 limit = 60  # seconds; generous, as sanitizers and a busy machine are slow
 
 
@@ -118,7 +118,7 @@ class Tour(unittest.TestCase):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation",
-                      "Logging and timing", "Settings, folders and the bundle", "Persistence", "Keychain",
+                      "Logging and timing", "Settings, folders and the bundle", "Persistence", "Dates", "Keychain",
                       "Network", "Reachability of a host"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
@@ -270,6 +270,16 @@ def without_indentation(text):
     return "\n".join(line.strip() for line in text.split("\n"))
 
 
+def expect_excerpts(case, topic):
+    """The code of a page is all in its example."""
+    root = pathlib.Path(readme).parent
+    source = without_indentation((root / "examples" / topic / "main.cpp").read_text())
+    blocks = re.findall(r"```cpp\n(.*?)```", (root / "docs" / f"{topic}.md").read_text(), re.DOTALL)
+    case.assertGreater(len(blocks), 5)
+    for block in blocks:
+        case.assertIn(without_indentation(block).strip(), source)
+
+
 class JSON(unittest.TestCase):
     def test_writes_and_reads_a_host_s_types(self):
         result = run(json)
@@ -292,13 +302,34 @@ class JSON(unittest.TestCase):
             ""])
 
     def test_is_what_its_page_shows(self):
-        root = pathlib.Path(readme).parent
-        source = without_indentation((root / "examples" / "json" / "main.cpp").read_text())
-        blocks = re.findall(r"```cpp\n(.*?)```", (root / "docs" / "json.md").read_text(), re.DOTALL)
-        self.assertGreater(len(blocks), 5)
-        for block in blocks:
-            self.assertIn(without_indentation(block).strip(), source)
+        expect_excerpts(self, "json")
+
+
+class Dates(unittest.TestCase):
+    def test_shows_dates_to_a_user(self):
+        result = run(dates)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.split("\n"), [
+            "yesterday",
+            "not sent today",
+            "43200",
+            "1709593200000",
+            "2",
+            "2024-03-05 08:07:09",
+            "Tue, 05 Mar 2024 07:07:09 +0000",
+            "0:01:05",
+            "1d 2h 5m",
+            "March 2024",
+            "05/03/2024",
+            "2024-03-05 13:07:09 +0000",
+            "1 month and 16 days",
+            "1",
+            "the test passed",
+            ""])
+
+    def test_is_what_its_page_shows(self):
+        expect_excerpts(self, "dates")
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[6:]])
+    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[7:]])
