@@ -17,6 +17,7 @@
 #include <latch>
 #include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -64,12 +65,14 @@ struct Refusal {
     friend void PrintTo(const Refusal& refusal, std::ostream* stream) { *stream << refusal.what; }
 };
 
+// The value is shared, as every process of a test makes and copies these, and a deep one is long in copying.
 template <class T>
-void addBothWays(std::vector<Refusal>& refusals, const char* what, const T& value) {
-    refusals.push_back({what, [value](UserDefaults& store) { store.store(value, "entry"); }});
-    refusals.push_back({what, [value](UserDefaults& store) { store[{.codable = "entry"}] = value; }});
+void addBothWays(std::vector<Refusal>& refusals, const char* what, T given) {
+    const auto value = std::make_shared<const T>(std::move(given));
+    refusals.push_back({what, [value](UserDefaults& store) { store.store(*value, "entry"); }});
+    refusals.push_back({what, [value](UserDefaults& store) { store[{.codable = "entry"}] = *value; }});
     refusals.push_back(
-        {what, [value](UserDefaults& store) { store[{.codable = "entry"}] = std::optional(value); }});
+        {what, [value](UserDefaults& store) { store[{.codable = "entry"}] = std::optional(*value); }});
 }
 
 std::vector<Refusal> refusals() {

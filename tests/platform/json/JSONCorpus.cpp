@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/platform/json/JSONCorpus.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <utility>
@@ -55,22 +56,22 @@ std::string repeated(std::string_view text, std::size_t times) {
 }
 
 const std::vector<JSONTopic>& jsonTopics() {
-    static const std::vector<JSONTopic> topics{{"WholeNumbers", wholeNumberTexts()},
-                                               {"OtherNumbers", otherNumberTexts()},
-                                               {"Texts", textTexts()},
-                                               {"ControlCharacters", controlCharacterTexts()},
-                                               {"Structure", structureTexts()},
-                                               {"WrongStructure", wrongStructureTexts()},
-                                               {"Literals", literalTexts()},
-                                               {"Blanks", blankTexts()},
-                                               {"Encodings", encodingTexts()},
-                                               {"Depths", depthTexts()}};
+    static const std::vector<JSONTopic> topics{{"WholeNumbers", wholeNumberTexts},
+                                               {"OtherNumbers", otherNumberTexts},
+                                               {"Texts", textTexts},
+                                               {"ControlCharacters", controlCharacterTexts},
+                                               {"Structure", structureTexts},
+                                               {"WrongStructure", wrongStructureTexts},
+                                               {"Literals", literalTexts},
+                                               {"Blanks", blankTexts},
+                                               {"Encodings", encodingTexts},
+                                               {"Depths", depthTexts}};
     return topics;
 }
 
 std::vector<JSONText> jsonCorpus() {
     std::vector<JSONText> all;
-    for (const auto& topic : jsonTopics()) all.insert(all.end(), topic.texts.begin(), topic.texts.end());
+    for (const auto& topic : jsonTopics()) std::ranges::move(topic.texts(), std::back_inserter(all));
     return all;
 }
 

@@ -55,10 +55,10 @@ std::vector<JSONText> blankTexts();
 std::vector<JSONText> encodingTexts();
 std::vector<JSONText> depthTexts();
 
-/// The texts of one of these.
+/// One of these. Its texts are made only when it is asked: every process of a test learns of all topics.
 struct JSONTopic {
     std::string name;
-    std::vector<JSONText> texts;
+    std::vector<JSONText> (*texts)();
 };
 std::ostream& operator<<(std::ostream& out, const JSONTopic& topic);
 
