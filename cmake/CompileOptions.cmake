@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-# How everything of ours is compiled: warnings, sanitizers, coverage.
+# How everything of ours is compiled: warnings, sanitizers, coverage, precompiled headers.
 
 option(VORLAN_WARNINGS_AS_ERRORS "Stop at warnings; for working on the library, not for installing it" OFF)
 option(VORLAN_COVERAGE "Measure which lines the tests reach" OFF)
+option(VORLAN_PRECOMPILE_HEADERS "Compile common headers once for all; hides that an include is missing" OFF)
+set(VORLAN_TEST_OPTIONS "" CACHE STRING "Compiler options that the tests get after those of the library")
 set(VORLAN_SANITIZE "" CACHE STRING "Sanitizers to build everything with: address,undefined or thread")
 
 if(VORLAN_SANITIZE)
@@ -41,4 +43,15 @@ function(vorlan_set_compile_options target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         POSITION_INDEPENDENT_CODE ON)
+endfunction()
+
+# Has a target's sources begin with the standard's headers and the given ones, read once for all of them. Not among
+# them is <filesystem>, which brings std::quoted: what we call quoted() would be that of a text.
+function(vorlan_precompile_headers target)
+    if(VORLAN_PRECOMPILE_HEADERS)
+        target_precompile_headers(${target} PRIVATE
+            <algorithm> <array> <atomic> <charconv> <chrono> <cmath> <condition_variable> <cstdint> <functional>
+            <limits> <map> <memory> <mutex> <optional> <set> <span> <sstream> <stdexcept> <string> <string_view>
+            <thread> <unordered_map> <utility> <variant> <vector> ${ARGN})
+    endif()
 endfunction()
