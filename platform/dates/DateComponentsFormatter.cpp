@@ -4,12 +4,13 @@
 #include "platform/dates/SpanFormat.h"
 #include "platform/dates/SpanUnits.h"
 #include "platform/text/CurrentRegion.h"
+#include "platform/text/FormatterState.h"
 
 #include <VorlanFoundation/Platform/FatalError.h>
 
 #include <algorithm>
 #include <cmath>
-#include <mutex>
+#include <memory>
 #include <utility>
 
 namespace vorlan {
@@ -28,77 +29,54 @@ constexpr CalendarComponents allUnits{CalendarComponent::year,        CalendarCo
 
 namespace detail {
 
-/// The settings of a formatter, and what follows from them.
+/// The settings of one moment, with the calendar that was the user's then where none is set.
+///
+/// Threads: safe from any thread as long as none changes it (a plain value).
+struct SpanSnapshot {
+    CalendarComponents allowedUnits;
+    UnitsStyle unitsStyle;
+    ZeroFormattingBehavior zeros;
+    int maximumUnitCount;
+    Calendar calendar;
+    std::shared_ptr<const SpanFormat> format;
+};
+
+/// What can be set of a formatter.
+///
+/// Threads: safe from any thread as long as none changes it (a plain value).
+struct DateComponentsFormatterSettings {
+    CalendarComponents allowedUnits = allUnits;
+    UnitsStyle unitsStyle = UnitsStyle::positional;
+    ZeroFormattingBehavior zeros = ZeroFormattingBehavior::default_;
+    int maximumUnitCount = 0;
+    std::optional<Calendar> calendar; // the user's where it is absent
+
+    std::shared_ptr<const SpanSnapshot> make(const CurrentRegion& user) const {
+        const auto& used = calendar ? *calendar : user.calendar;
+        return std::make_shared<const SpanSnapshot>(
+            SpanSnapshot{.allowedUnits = allowedUnits,
+                         .unitsStyle = unitsStyle,
+                         .zeros = zeros,
+                         .maximumUnitCount = maximumUnitCount,
+                         .calendar = used,
+                         .format = SpanFormat::of(used.locale(), unitsStyle)});
+    }
+};
+
+/// What a formatter and its copies share.
 ///
 /// Threads: safe from any thread.
-class DateComponentsFormatterState {
+class DateComponentsFormatterState : public FormatterState<DateComponentsFormatterSettings, SpanSnapshot> {
 public:
-    struct Settings {
-        CalendarComponents allowedUnits = allUnits;
-        UnitsStyle unitsStyle = UnitsStyle::positional;
-        ZeroFormattingBehavior zeros = ZeroFormattingBehavior::default_;
-        int maximumUnitCount = 0;
-        std::optional<Calendar> calendar;
-    };
-    /// The settings of one moment, with the calendar that was the user's then where none is set.
-    struct Snapshot {
-        CalendarComponents allowedUnits;
-        UnitsStyle unitsStyle;
-        ZeroFormattingBehavior zeros;
-        int maximumUnitCount;
-        std::shared_ptr<const Calendar> calendar;
-        std::shared_ptr<const SpanFormat> format;
-    };
-
-    DateComponentsFormatterState() = default;
-    explicit DateComponentsFormatterState(Settings settings) : settings_(std::move(settings)) {}
-
-    Settings settings() const {
-        const std::lock_guard lock(mutex_);
-        return settings_;
-    }
-
-    template <class Change>
-    void change(Change&& by) {
-        const std::lock_guard lock(mutex_);
-        by(settings_);
-        snapshot_.reset();
-    }
-
-    std::shared_ptr<const Snapshot> snapshot() {
-        const auto& region = currentRegion();
-        const std::lock_guard lock(mutex_);
-        const bool isOfAnotherUser = !settings_.calendar && region_ != &region;
-        if (!snapshot_ || isOfAnotherUser) snapshot_ = newSnapshot(region);
-        region_ = &region;
-        return snapshot_;
-    }
-
-private:
-    std::shared_ptr<const Snapshot> newSnapshot(const CurrentRegion& region) const {
-        auto calendar = std::make_shared<const Calendar>(settings_.calendar.value_or(region.calendar));
-        const auto& locale = calendar->locale();
-        return std::make_shared<const Snapshot>(
-            Snapshot{.allowedUnits = settings_.allowedUnits,
-                     .unitsStyle = settings_.unitsStyle,
-                     .zeros = settings_.zeros,
-                     .maximumUnitCount = settings_.maximumUnitCount,
-                     .calendar = calendar,
-                     .format = SpanFormat::of(locale, settings_.unitsStyle)});
-    }
-
-    mutable std::mutex mutex_;
-    Settings settings_;
-    std::shared_ptr<const Snapshot> snapshot_;
-    const CurrentRegion* region_ = nullptr;
+    using FormatterState::FormatterState;
 };
 
 } // namespace detail
 
 namespace {
 
-using Settings = detail::DateComponentsFormatterState::Settings;
-using Snapshot = detail::DateComponentsFormatterState::Snapshot;
+using Settings = detail::DateComponentsFormatterSettings;
+using Snapshot = detail::SpanSnapshot;
 
 constexpr double longestSpan = 0x1p53; // from there on not every second can be told from its neighbours
 
@@ -158,22 +136,22 @@ DateComponentsFormatter DateComponentsFormatter::copy() const {
 
 std::optional<std::string> DateComponentsFormatter::string(double seconds) const {
     if (!(std::fabs(seconds) <= longestSpan)) return std::nullopt;
-    const auto settings = state_->snapshot();
+    const auto settings = state_->made();
     const auto whole = static_cast<std::int64_t>(seconds);
     const auto& units = settings->allowedUnits;
     if (!units.contains(CalendarComponent::year) && !units.contains(CalendarComponent::month))
         return text(*settings, componentsOfSeconds(whole, units));
-    return textOfSpan(*settings, calendarOfGMT(*settings->calendar),
+    return textOfSpan(*settings, calendarOfGMT(settings->calendar),
                       {.from = Date(0), .to = Date(static_cast<double>(whole))});
 }
 
 std::optional<std::string> DateComponentsFormatter::string(Span span) const {
-    const auto settings = state_->snapshot();
-    return textOfSpan(*settings, *settings->calendar, span);
+    const auto settings = state_->made();
+    return textOfSpan(*settings, settings->calendar, span);
 }
 
 std::optional<std::string> DateComponentsFormatter::string(const DateComponents& components) const {
-    return text(*state_->snapshot(), components);
+    return text(*state_->made(), components);
 }
 
 CalendarComponents DateComponentsFormatter::allowedUnits() const {

@@ -41,14 +41,9 @@ DateLayout DateFormatterSettings::layoutIn(const CurrentRegion& user) const {
     return layout;
 }
 
-DateFormatterState::Current DateFormatterState::current() const {
-    const auto& user = currentRegion();
-    const std::lock_guard lock(mutex_);
-    if (!writer_ || user_ != &user) {
-        writer_ = DateWriter::of(settings_.layoutIn(user));
-        user_ = &user;
-    }
-    return {.writer = writer_, .isLenient = settings_.isLenient};
+std::shared_ptr<const DateSnapshot> DateFormatterSettings::make(const CurrentRegion& user) const {
+    return std::make_shared<const DateSnapshot>(
+        DateSnapshot{.writer = DateWriter::of(layoutIn(user)), .isLenient = isLenient});
 }
 
 DateFormatter::DateFormatter() : state_(std::make_shared<DateFormatterState>()) {}
@@ -60,11 +55,12 @@ DateFormatter DateFormatter::copy() const {
 }
 
 std::string DateFormatter::string(Date date) const {
-    return state_->string(date);
+    return state_->made()->writer->string(date);
 }
 
 std::optional<Date> DateFormatter::date(std::string_view text) const {
-    return state_->date(text);
+    const auto settings = state_->made();
+    return settings->writer->date(text, settings->isLenient);
 }
 
 std::string DateFormatter::dateFormat() const {

@@ -5,17 +5,23 @@
 
 #include "platform/dates/DateWriter.h"
 #include "platform/text/CurrentRegion.h"
+#include "platform/text/FormatterState.h"
 
 #include <VorlanFoundation/Platform/DateFormatter.h>
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <utility>
 
 namespace vorlan {
+
+/// The settings of one moment.
+///
+/// Threads: safe from any thread as long as none changes it (a plain value).
+struct DateSnapshot {
+    std::shared_ptr<const DateWriter> writer;
+    bool isLenient;
+};
 
 /// What can be set of a formatter. What is absent is the user's.
 ///
@@ -36,50 +42,18 @@ struct DateFormatterSettings {
 
     /// The layout of its texts.
     DateLayout layoutIn(const CurrentRegion& user) const;
+
+    std::shared_ptr<const DateSnapshot> make(const CurrentRegion& user) const;
 };
 
 namespace detail {
 
-/// The settings of a formatter and of its copies, with what was found for them last.
+/// What a formatter and its copies share.
 ///
 /// Threads: safe from any thread.
-class DateFormatterState {
+class DateFormatterState : public FormatterState<DateFormatterSettings, DateSnapshot> {
 public:
-    DateFormatterState() = default;
-    explicit DateFormatterState(DateFormatterSettings settings) : settings_(std::move(settings)) {}
-
-    DateFormatterSettings settings() const {
-        const std::lock_guard lock(mutex_);
-        return settings_;
-    }
-
-    template <class Change>
-    void change(Change&& change) {
-        const std::lock_guard lock(mutex_);
-        change(settings_);
-        writer_ = nullptr;
-    }
-
-    /// The text of a date by the settings of this moment.
-    std::string string(Date date) const { return current().writer->string(date); }
-
-    /// The date that a text says by the settings of this moment.
-    std::optional<Date> date(std::string_view text) const {
-        const auto now = current();
-        return now.writer->date(text, now.isLenient);
-    }
-
-private:
-    struct Current {
-        std::shared_ptr<const DateWriter> writer;
-        bool isLenient;
-    };
-    Current current() const;
-
-    mutable std::mutex mutex_;
-    DateFormatterSettings settings_;
-    mutable std::shared_ptr<const DateWriter> writer_; // for settings_ and user_; null when not known
-    mutable const CurrentRegion* user_ = nullptr;
+    using FormatterState::FormatterState;
 };
 
 } // namespace detail

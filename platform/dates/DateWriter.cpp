@@ -2,12 +2,12 @@
 #include "platform/dates/DateWriter.h"
 
 #include "platform/dates/CalendarSystem.h"
+#include "platform/text/FormatCache.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <mutex>
-#include <unordered_map>
 #include <utility>
 
 namespace vorlan {
@@ -34,41 +34,11 @@ bool saysNothing(const DateLayout& layout) {
     return layout.dateStyle == Style::none && layout.timeStyle == Style::none;
 }
 
-/// The writers that were asked for, by what defines them.
-class Writers {
-public:
-    std::shared_ptr<const DateWriter> find(const std::string& key) {
-        const std::lock_guard lock(mutex_);
-        const auto found = writers_.find(key);
-        return found != writers_.end() ? found->second : nullptr;
-    }
-
-    /// Keeps the first of two that were made at once.
-    std::shared_ptr<const DateWriter> keep(const std::string& key, std::shared_ptr<const DateWriter> writer) {
-        std::unordered_map<std::string, std::shared_ptr<const DateWriter>> dropped;
-        const std::lock_guard lock(mutex_);
-        if (writers_.size() >= capacity) dropped.swap(writers_);
-        return writers_.try_emplace(key, std::move(writer)).first->second;
-    }
-
-private:
-    static constexpr std::size_t capacity = 256;
-
-    std::mutex mutex_;
-    std::unordered_map<std::string, std::shared_ptr<const DateWriter>> writers_;
-};
-
-Writers& writers() {
-    static auto* const writers = new Writers; // for formatters that are used while the process ends
-    return *writers;
-}
-
 } // namespace
 
 std::shared_ptr<const DateWriter> DateWriter::of(const DateLayout& layout) {
-    const auto key = layout.key();
-    if (auto found = writers().find(key)) return found;
-    return writers().keep(key, std::make_shared<const DateWriter>(layout));
+    static auto& cache = *new FormatCache<DateWriter>; // threads may write dates while the process ends
+    return cache.value(layout.key(), [&] { return std::make_shared<const DateWriter>(layout); });
 }
 
 DateWriter::DateWriter(const DateLayout& layout)

@@ -29,8 +29,9 @@ public:
     Pointer value(const std::string& key, Make&& make) {
         if (auto found = find(key)) return found;
         Pointer made = std::forward<Make>(make)();
+        std::unordered_map<std::string, Pointer> forgotten; // let go outside the lock
         const std::lock_guard lock(mutex_);
-        if (values_.size() >= capacity) values_.clear();
+        if (values_.size() >= capacity) forgotten.swap(values_);
         return values_.emplace(key, std::move(made)).first->second;
     }
 

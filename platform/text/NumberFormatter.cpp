@@ -2,79 +2,54 @@
 #include <VorlanFoundation/Platform/NumberFormatter.h>
 
 #include "platform/text/CurrentRegion.h"
+#include "platform/text/FormatterState.h"
 #include "platform/text/NumberFormat.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <mutex>
+#include <memory>
 #include <utility>
 
 namespace vorlan {
 
 namespace detail {
 
-/// The settings of a formatter, and what follows from them.
+/// What can be set of a formatter. What is absent is the style's, or the user's.
+///
+/// Threads: safe from any thread as long as none changes it (a plain value).
+struct NumberFormatterSettings {
+    NumberFormatter::Style style = NumberFormatter::Style::none;
+    NumberFormatter::RoundingMode roundingMode = NumberFormatter::RoundingMode::halfEven;
+    std::optional<int> minimumFractionDigits;
+    std::optional<int> maximumFractionDigits;
+    std::optional<bool> usesGroupingSeparator;
+    std::optional<Locale> locale;
+
+    std::shared_ptr<const NumberFormat> make(const CurrentRegion& user) const {
+        return NumberFormat::forLayout({.locale = locale.value_or(user.locale),
+                                        .style = style,
+                                        .roundingMode = roundingMode,
+                                        .minimumFractionDigits = minimumFractionDigits,
+                                        .maximumFractionDigits = maximumFractionDigits,
+                                        .usesGroupingSeparator = usesGroupingSeparator});
+    }
+};
+
+/// What a formatter and its copies share.
 ///
 /// Threads: safe from any thread.
-class NumberFormatterState {
+class NumberFormatterState : public FormatterState<NumberFormatterSettings, NumberFormat> {
 public:
-    struct Settings {
-        NumberFormatter::Style style = NumberFormatter::Style::none;
-        NumberFormatter::RoundingMode roundingMode = NumberFormatter::RoundingMode::halfEven;
-        std::optional<int> minimumFractionDigits;
-        std::optional<int> maximumFractionDigits;
-        std::optional<bool> usesGroupingSeparator;
-        std::optional<Locale> locale;
-    };
-
-    NumberFormatterState() = default;
-    explicit NumberFormatterState(Settings settings) : settings_(std::move(settings)) {}
-
-    Settings settings() const {
-        const std::lock_guard lock(mutex_);
-        return settings_;
-    }
-
-    template <class Change>
-    void change(Change&& by) {
-        const std::lock_guard lock(mutex_);
-        by(settings_);
-        format_.reset();
-    }
-
-    /// What writes as is set now, for the user as he is now.
-    std::shared_ptr<const NumberFormat> format() {
-        const auto& region = currentRegion();
-        const std::lock_guard lock(mutex_);
-        const bool isOfAnotherUser = !settings_.locale && region_ != &region;
-        if (!format_ || isOfAnotherUser) format_ = NumberFormat::forLayout(layoutFor(region));
-        region_ = &region;
-        return format_;
-    }
-
-private:
-    NumberLayout layoutFor(const CurrentRegion& region) const {
-        return {.locale = settings_.locale.value_or(region.locale),
-                .style = settings_.style,
-                .roundingMode = settings_.roundingMode,
-                .minimumFractionDigits = settings_.minimumFractionDigits,
-                .maximumFractionDigits = settings_.maximumFractionDigits,
-                .usesGroupingSeparator = settings_.usesGroupingSeparator};
-    }
-
-    mutable std::mutex mutex_;
-    Settings settings_;
-    std::shared_ptr<const NumberFormat> format_;
-    const CurrentRegion* region_ = nullptr;
+    using FormatterState::FormatterState;
 };
 
 } // namespace detail
 
 namespace {
 
-using Settings = detail::NumberFormatterState::Settings;
+using Settings = detail::NumberFormatterSettings;
 
 int digitCount(int digits) {
     return std::clamp(digits, 0, NumberDigits::limit);
@@ -102,11 +77,11 @@ NumberFormatter NumberFormatter::copy() const {
 }
 
 std::string NumberFormatter::string(double number) const {
-    return state_->format()->string(number);
+    return state_->made()->string(number);
 }
 
 std::string NumberFormatter::string(std::int64_t number) const {
-    return state_->format()->string(number);
+    return state_->made()->string(number);
 }
 
 std::string NumberFormatter::string(float number) const {
@@ -114,7 +89,7 @@ std::string NumberFormatter::string(float number) const {
 }
 
 std::optional<double> NumberFormatter::number(std::string_view text) const {
-    return state_->format()->number(text);
+    return state_->made()->number(text);
 }
 
 NumberFormatter::Style NumberFormatter::numberStyle() const {
@@ -126,7 +101,7 @@ void NumberFormatter::setNumberStyle(Style style) {
 }
 
 int NumberFormatter::minimumFractionDigits() const {
-    return state_->format()->digits().minimumFractionDigits;
+    return state_->made()->digits().minimumFractionDigits;
 }
 
 void NumberFormatter::setMinimumFractionDigits(int digits) {
@@ -137,7 +112,7 @@ void NumberFormatter::setMinimumFractionDigits(int digits) {
 }
 
 int NumberFormatter::maximumFractionDigits() const {
-    return state_->format()->digits().maximumFractionDigits;
+    return state_->made()->digits().maximumFractionDigits;
 }
 
 void NumberFormatter::setMaximumFractionDigits(int digits) {
@@ -156,7 +131,7 @@ void NumberFormatter::setRoundingMode(RoundingMode mode) {
 }
 
 bool NumberFormatter::usesGroupingSeparator() const {
-    return state_->format()->digits().usesGroupingSeparator;
+    return state_->made()->digits().usesGroupingSeparator;
 }
 
 void NumberFormatter::setUsesGroupingSeparator(bool grouping) {
