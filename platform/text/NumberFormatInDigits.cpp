@@ -4,10 +4,7 @@
 #include "platform/text/CompiledNumbers.h"
 #include "platform/text/UTF16.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstddef>
-#include <string_view>
 #include <unicode/decimfmt.h>
 #include <unicode/stringpiece.h>
 #include <utility>
@@ -34,11 +31,7 @@ LocalizedNumberFormatter formatterFor(const icu::NumberFormat& format, const Num
 
 std::string text(const FormattedNumber& number) {
     UErrorCode status = U_ZERO_ERROR;
-    const auto written = number.toTempString(status);
-    const std::u16string_view units(written.getBuffer(), static_cast<std::size_t>(written.length()));
-    // As nearly all are; ICU's conversion takes a tenth of the time that all of it takes.
-    const bool isASCII = std::ranges::all_of(units, [](char16_t unit) { return unit < 0x80; });
-    return isASCII ? std::string(units.begin(), units.end()) : utf8FromUTF16(written);
+    return utf8FromUTF16(number.toTempString(status));
 }
 
 } // namespace
