@@ -227,9 +227,9 @@ TEST_F(BundleTest, VariableForAllCategoriesComesBeforeTheOthers) {
     add("Resources/it.lproj/welcome.html");
     const Languages user("de_DE");
     EXPECT_EQ(find("welcome", "html"), "Resources/de.lproj/welcome.html");
-    const tests::Environment messages("LC_MESSAGES", "it_IT");
+    const Languages messages(tests::Environment::Variables{{"LC_MESSAGES", "it_IT"}});
     EXPECT_EQ(find("welcome", "html"), "Resources/it.lproj/welcome.html");
-    const tests::Environment all("LC_ALL", "fr_FR");
+    const Languages all(tests::Environment::Variables{{"LC_ALL", "fr_FR"}});
     EXPECT_EQ(find("welcome", "html"), "Resources/fr.lproj/welcome.html");
 }
 
