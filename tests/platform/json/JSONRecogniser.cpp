@@ -138,7 +138,8 @@ private:
         const auto unit = numbered();
         if (!unit || (*unit >= 0xDC00 && *unit <= 0xDFFF)) return false;
         if (*unit < 0xD800 || *unit > 0xDBFF) return true;
-        const auto second = take('\\') ? numbered() : std::nullopt;
+        if (!take('\\')) return false;
+        const auto second = numbered();
         return second && *second >= 0xDC00 && *second <= 0xDFFF;
     }
 
