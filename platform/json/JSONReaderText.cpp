@@ -39,24 +39,15 @@ void requireLimits(const JSONReading& reading) {
 
 } // namespace
 
-thread_local JSONReader::Text* JSONReader::Text::kept_ = nullptr;
-thread_local bool JSONReader::Text::isThreadEnding_ = false;
-
 std::unique_ptr<JSONReader::Text> JSONReader::Text::take() {
-    if (kept_ == nullptr) return std::make_unique<Text>();
-    return std::unique_ptr<Text>(std::exchange(kept_, nullptr));
+    if (auto* const kept = Kept::get(); kept != nullptr && *kept) return std::move(*kept);
+    return std::make_unique<Text>();
 }
 
 void JSONReader::Text::giveBack(std::unique_ptr<Text> text) noexcept {
-    struct Ender {
-        ~Ender() {
-            isThreadEnding_ = true;
-            delete std::exchange(kept_, nullptr);
-        }
-    };
-    if (kept_ != nullptr || isThreadEnding_ || text->memory() > mostKeptMemory) return;
-    [[maybe_unused]] static thread_local const Ender ender;
-    kept_ = text.release();
+    auto* const kept = Kept::get();
+    if (kept == nullptr || *kept || text->memory() > mostKeptMemory) return;
+    *kept = std::move(text);
 }
 
 std::size_t JSONReader::Text::memory() const {

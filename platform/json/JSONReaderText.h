@@ -6,6 +6,7 @@
 #include "platform/json/JSONGrammar.h"
 #include "platform/json/JSONGrammarNumbers.h"
 #include "platform/json/JSONPath.h"
+#include "platform/values/PerThread.h"
 
 #include <VorlanFoundation/Platform/JSONReader.h>
 
@@ -139,9 +140,8 @@ private:
     std::string scratch_;
     std::optional<JSONError> error_;
 
-    // Plain, so that they can be asked while a thread ends, too: its other variables may read JSON even then.
-    static thread_local Text* kept_;
-    static thread_local bool isThreadEnding_;
+    /// What a thread's last reader left to its next one.
+    using Kept = PerThread<std::unique_ptr<Text>>;
 };
 
 inline void JSONReader::Text::takeLiteral(std::string_view literal) {

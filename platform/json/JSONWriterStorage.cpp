@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/json/JSONWriterStorage.h"
 
+#include "platform/values/PerThread.h"
+
 #include <utility>
 
 namespace vorlan {
@@ -16,40 +18,22 @@ std::size_t bytesOf(const JSONWriterStorage& storage) noexcept {
            storage.members.capacity() * sizeof(JSONWriterMember);
 }
 
-enum class Shelf : unsigned char { unused, open, closed };
-
-// These two outlive the thread's destructors, so that a writer in one of those finds the shelf closed.
-thread_local Shelf shelf = Shelf::unused;
-thread_local JSONWriterStorage* kept = nullptr;
-
-struct ShelfOwner {
-    ShelfOwner() noexcept { shelf = Shelf::open; }
-    ShelfOwner(const ShelfOwner&) = delete;
-    ShelfOwner& operator=(const ShelfOwner&) = delete;
-    ~ShelfOwner() {
-        shelf = Shelf::closed;
-        delete std::exchange(kept, nullptr);
-    }
-};
-
-bool isOpen() noexcept {
-    if (shelf == Shelf::unused) thread_local const ShelfOwner owner;
-    return shelf == Shelf::open;
-}
+using Kept = PerThread<std::unique_ptr<JSONWriterStorage>>;
 
 } // namespace
 
 std::unique_ptr<JSONWriterStorage> JSONWriterStorage::take() {
-    if (auto* storage = std::exchange(kept, nullptr)) return std::unique_ptr<JSONWriterStorage>(storage);
+    if (auto* const kept = Kept::get(); kept != nullptr && *kept) return std::move(*kept);
     return std::make_unique<JSONWriterStorage>();
 }
 
 void JSONWriterStorage::leave(std::unique_ptr<JSONWriterStorage> storage) noexcept {
-    if (!isOpen() || kept != nullptr || bytesOf(*storage) > mostKeptBytes) return;
+    auto* const kept = Kept::get();
+    if (kept == nullptr || *kept || bytesOf(*storage) > mostKeptBytes) return;
     storage->text.clear();
     storage->frames.clear();
     storage->memberStarts.clear();
-    kept = storage.release();
+    *kept = std::move(storage);
 }
 
 } // namespace vorlan
