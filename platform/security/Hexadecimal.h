@@ -3,6 +3,7 @@
 
 // Bytes as digits.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -14,12 +15,17 @@ namespace vorlan::security {
 
 /// Two digits a byte, small letters.
 inline std::string hexadecimal(std::span<const std::byte> bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const auto byte : bytes) {
-        text += digits[std::to_integer<std::size_t>(byte >> 4)];
-        text += digits[std::to_integer<std::size_t>(byte & std::byte{15})];
-    }
+    static constexpr auto pairs = [] {
+        constexpr std::string_view digits = "0123456789abcdef";
+        std::array<std::array<char, 2>, 256> all{};
+        for (std::size_t byte = 0; byte < all.size(); ++byte)
+            all[byte] = {digits[byte / 16], digits[byte % 16]};
+        return all;
+    }();
+    std::string text(2 * bytes.size(), '0');
+    char* place = text.data();
+    for (const auto byte : bytes)
+        place = std::ranges::copy(pairs[std::to_integer<std::size_t>(byte)], place).out;
     return text;
 }
 
