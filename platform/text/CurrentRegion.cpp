@@ -96,6 +96,7 @@ private:
         const auto calendar = override_.calendar ? *override_.calendar : usualCalendar(locale);
         const auto& region =
             all_.emplace_back(CurrentRegion{.locale = locale,
+                                            .languageCode = locale.languageCode(),
                                             .preferredLanguages = languages(),
                                             .timeZone = timeZone,
                                             .calendar = Calendar(calendar, locale, timeZone)});

@@ -7,6 +7,8 @@
 #include <VorlanFoundation/Platform/Locale.h>
 #include <VorlanFoundation/Platform/TimeZone.h>
 
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace vorlan {
@@ -16,6 +18,7 @@ namespace vorlan {
 /// Threads: safe from any thread: it never changes.
 struct CurrentRegion {
     Locale locale;
+    std::optional<std::string> languageCode; ///< Of the locale.
     std::vector<Locale> preferredLanguages;
     TimeZone timeZone;
     Calendar calendar;

@@ -86,6 +86,7 @@ TEST(CurrentRegionTest, EverythingInItBelongsTogether) {
         const Override region(
             {.locale = Locale(locale), .timeZone = TimeZone::fromIdentifier("Pacific/Apia")});
         EXPECT_EQ(currentRegion().locale, Locale(locale));
+        EXPECT_EQ(currentRegion().languageCode, Locale(locale).languageCode());
         EXPECT_EQ(currentRegion().calendar,
                   Calendar(usualCalendar(Locale(locale)), Locale(locale), currentRegion().timeZone));
         EXPECT_EQ(Calendar::current(), currentRegion().calendar);

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/text/RegularExpression.h"
+
+#include "platform/text/FormatCache.h"
+#include "platform/text/UTF16.h"
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <unicode/regex.h>
+#include <unicode/utext.h>
+#include <utility>
+
+namespace vorlan {
+
+struct RegularExpression::Compiled {
+    std::unique_ptr<const icu::RegexPattern> pattern;
+};
+
+namespace {
+
+// In what ICU counts for about a millisecond.
+constexpr std::int32_t timeLimit = 100;
+
+// Longer ones are made anew each time, so that what is kept does not grow large.
+constexpr std::size_t longestKeptPattern = 1024;
+
+struct CloseText {
+    void operator()(UText* text) const { utext_close(text); }
+};
+
+// Has `use` ask a matcher of a text, where there can be one.
+template <class Answer, class Use>
+Answer askMatcher(const icu::RegexPattern& pattern, std::string_view text, Answer otherwise, Use&& use) {
+    UErrorCode status = U_ZERO_ERROR;
+    const auto length = static_cast<std::int64_t>(text.size());
+    const std::unique_ptr<UText, CloseText> units(utext_openUTF8(nullptr, text.data(), length, &status));
+    const std::unique_ptr<icu::RegexMatcher> matcher(pattern.matcher(status));
+    if (U_FAILURE(status)) return otherwise;
+    matcher->setTimeLimit(timeLimit, status);
+    matcher->reset(units.get());
+    Answer answer = std::forward<Use>(use)(*matcher, status);
+    return U_SUCCESS(status) ? answer : otherwise;
+}
+
+std::shared_ptr<const RegularExpression> compiled(std::string_view pattern, bool ignoresCase) {
+    if (pattern.size() > std::numeric_limits<std::int32_t>::max()) return nullptr;
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<const icu::RegexPattern> made(icu::RegexPattern::compile(
+        utf16FromUTF8(pattern), ignoresCase ? std::uint32_t{UREGEX_CASE_INSENSITIVE} : 0, status));
+    if (U_FAILURE(status)) return nullptr;
+    return std::make_shared<const RegularExpression>(
+        std::make_unique<RegularExpression::Compiled>(RegularExpression::Compiled{std::move(made)}));
+}
+
+} // namespace
+
+RegularExpression::RegularExpression(std::unique_ptr<const Compiled> compiled)
+    : compiled_(std::move(compiled)) {}
+
+RegularExpression::~RegularExpression() = default;
+
+std::shared_ptr<const RegularExpression> RegularExpression::forPattern(std::string_view pattern,
+                                                                       bool ignoresCase) {
+    // Never destroyed: other threads may search until the process ends.
+    static auto& cache = *new FormatCache<RegularExpression>;
+    if (pattern.size() > longestKeptPattern) return compiled(pattern, ignoresCase);
+    std::string key(ignoresCase ? "i" : "c");
+    key += pattern;
+    return cache.value(key, [&] { return compiled(pattern, ignoresCase); });
+}
+
+std::optional<TextRange> RegularExpression::find(std::string_view text, bool isAnchored) const {
+    using Found = std::optional<TextRange>;
+    return askMatcher(*compiled_->pattern, text, Found(),
+                      [&](icu::RegexMatcher& matcher, UErrorCode& status) -> Found {
+                          if (!(isAnchored ? matcher.lookingAt(status) : matcher.find(status)))
+                              return std::nullopt;
+                          const auto begin = static_cast<std::size_t>(matcher.start64(status));
+                          return TextRange{begin, static_cast<std::size_t>(matcher.end64(status)) - begin};
+                      });
+}
+
+bool RegularExpression::matches(std::string_view text) const {
+    return askMatcher(*compiled_->pattern, text, false, [](icu::RegexMatcher& matcher, UErrorCode& status) {
+        return matcher.matches(status) != 0;
+    });
+}
+
+} // namespace vorlan
