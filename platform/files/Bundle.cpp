@@ -3,6 +3,7 @@
 
 #include "platform/files/FileBytes.h"
 #include "platform/files/PropertyList.h"
+#include "platform/localization/LocalizedTables.h"
 
 #include <VorlanFoundation/Platform/Locale.h>
 #include <VorlanFoundation/Platform/Problems.h>
@@ -80,6 +81,16 @@ std::vector<std::string> folderNamesFor(const Locale& locale) {
     return names;
 }
 
+// The languages whose folders are looked into, one after the other; empty stands for the resources of all.
+std::vector<std::string> languagesToTry() {
+    std::vector<std::string> languages;
+    for (const auto& locale : Locale::preferredLanguages())
+        for (auto& language : folderNamesFor(locale))
+            if (!language.empty()) languages.push_back(std::move(language));
+    languages.insert(languages.end(), {"", "Base"});
+    return languages;
+}
+
 } // namespace
 
 Bundle::Bundle(std::optional<FileURL> url, std::optional<FileURL> executable)
@@ -131,14 +142,10 @@ std::optional<FileURL> Bundle::URLForResource(std::string_view name, std::string
     if (!resources) return std::nullopt;
     auto file = std::string(name);
     if (!withExtension.empty()) file.append(".").append(withExtension);
-    std::vector<FileURL> folders;
-    for (const auto& locale : Locale::preferredLanguages())
-        for (const auto& language : folderNamesFor(locale))
-            folders.push_back(localized(*resources, language));
-    folders.push_back(*resources);
-    folders.push_back(localized(*resources, "Base"));
-    for (const auto& folder : folders)
+    for (const auto& language : languagesToTry()) {
+        const auto folder = language.empty() ? *resources : localized(*resources, language);
         if (const auto url = folder / file; isThere(url)) return url;
+    }
     return std::nullopt;
 }
 
@@ -163,6 +170,25 @@ std::optional<FileURL> Bundle::URLForLocalization(std::string_view language) con
     if (!resources || language.empty()) return std::nullopt;
     auto folder = localized(*resources, language);
     return isFolder(folder) ? std::optional(std::move(folder)) : std::nullopt;
+}
+
+std::string Bundle::localizedString(std::string_view forKey, std::string_view value,
+                                    std::string_view table) const {
+    std::string text(value.empty() ? forKey : value);
+    if (!contents_) return text;
+    for (const auto& language : languagesToTry()) {
+        bool isLast = false;
+        useFolderTexts({detail::contentsPath(*this), language, table}, [&](const FolderTexts& texts) {
+            isLast = texts.isTableThere;
+            if (const auto* entry = texts.find(forKey)) text = entry->text;
+        });
+        if (isLast) break;
+    }
+    return text;
+}
+
+std::string_view detail::contentsPath(const Bundle& bundle) noexcept {
+    return bundle.contents_ ? std::string_view(bundle.contents_->path().native()) : std::string_view();
 }
 
 } // namespace vorlan

@@ -18,6 +18,13 @@
 
 namespace vorlan {
 
+class Bundle;
+
+namespace detail {
+/// The path of the folder that has a bundle's `Resources`, or its resources; empty for an application without.
+std::string_view contentsPath(const Bundle& bundle) noexcept;
+} // namespace detail
+
 /// A folder with an `Info.plist` (a property list in XML or binary form) and resources.
 ///
 /// The application's own, `main()`, is looked for beside the executable: the application folder that it stands in
@@ -70,7 +77,16 @@ public:
     /// The folder of a language's resources; absent when there is none.
     std::optional<FileURL> URLForLocalization(std::string_view language) const;
 
+    /// The translation of a key: that in the first file `<table>.strings` or `.stringsdict` of those that
+    /// `URLForResource` would look at. Where that has none, or there is no such file, `value`, or the key itself where
+    /// that is empty. An empty `table` stands for "Localizable". Changed files are read again within some tenths of a
+    /// second.
+    std::string localizedString(std::string_view forKey, std::string_view value = {},
+                                std::string_view table = {}) const;
+
 private:
+    friend std::string_view detail::contentsPath(const Bundle& bundle) noexcept;
+
     Bundle(std::optional<FileURL> url, std::optional<FileURL> executable);
 
     static Bundle findMain();
