@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Lets a type have actions by keys of its own choosing, one for each.
+//
+//     struct Panel : Actionable<Panel, PanelAction> {
+//         Actions actions;
+//     };
+//     panel.on(PanelAction::close, [] { hide(); });
+//     if (const auto action = panel.actions.find(key); action != panel.actions.end()) action->second();
+
+#include <concepts>
+#include <cstddef>
+#include <functional>
+#include <unordered_map>
+#include <utility>
+
+namespace vorlan {
+
+namespace detail {
+
+/// What can be a key of a table.
+template <class T>
+concept Hashable = std::equality_comparable<T> && requires(const T& key) {
+    { std::hash<T>()(key) } -> std::convertible_to<std::size_t>;
+};
+
+} // namespace detail
+
+/// An interface with a default operation that fills a table of actions. `Self` has the table as a member `actions` of the
+/// type `Actions`, and runs what is in it.
+///
+/// Threads:     one thread at a time; there is no lock.
+/// Owns:        nothing; the table is the type's own.
+/// Re-entrancy: an action that may replace itself is to be copied out of the table before it is run.
+template <class Self, detail::Hashable ActionType>
+class Actionable {
+public:
+    using Actions = std::unordered_map<ActionType, std::function<void()>>;
+
+    /// Has the action of a key be this one, in place of the one that it had.
+    void on(ActionType key, std::function<void()> handler) {
+        static_cast<Self&>(*this).actions.insert_or_assign(std::move(key), std::move(handler));
+    }
+};
+
+} // namespace vorlan

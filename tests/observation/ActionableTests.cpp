@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <VorlanFoundation/Observation/Actionable.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+#include <vector>
+
+using namespace vorlan;
+
+namespace {
+
+enum class PanelAction { open, close };
+
+struct Panel : Actionable<Panel, PanelAction> {
+    Actions actions;
+
+    void run(PanelAction key) {
+        if (const auto action = actions.find(key); action != actions.end()) action->second();
+    }
+};
+
+// Keys need not be enumerations, and the table need not be for everyone.
+class Menu : public Actionable<Menu, std::string> {
+public:
+    void choose(const std::string& title) const { actions.at(title)(); }
+
+private:
+    friend Actionable;
+    Actions actions; // NOLINT(readability-identifier-naming): has the name that the interface asks for
+};
+
+} // namespace
+
+TEST(ActionableTest, KeepsOneActionForEachKey) {
+    Panel panel;
+    std::string log;
+    panel.on(PanelAction::close, [&] { log += "close "; });
+    panel.on(PanelAction::open, [&] { log += "open "; });
+    panel.run(PanelAction::open);
+    panel.run(PanelAction::close);
+    EXPECT_EQ(log, "open close ");
+    EXPECT_EQ(panel.actions.size(), 2U);
+}
+
+TEST(ActionableTest, SecondActionTakesThePlaceOfTheFirst) {
+    Panel panel;
+    std::string log;
+    const auto first = std::make_shared<int>();
+    panel.on(PanelAction::close, [&log, first] { log += "first "; });
+    panel.on(PanelAction::close, [&] { log += "second "; });
+    panel.run(PanelAction::close);
+    EXPECT_EQ(log, "second ");
+    EXPECT_EQ(panel.actions.size(), 1U);
+    EXPECT_EQ(first.use_count(), 1) << "the former action is gone";
+}
+
+TEST(ActionableTest, RunsNothingByItself) {
+    Panel panel;
+    panel.on(PanelAction::close, [] { FAIL(); });
+    panel.run(PanelAction::open);
+}
+
+TEST(ActionableTest, TableIsTheTypesOwn) {
+    Panel panel{};
+    int calls = 0;
+    panel.actions[PanelAction::open] = [&] { ++calls; };
+    panel.run(PanelAction::open);
+    panel.actions.clear();
+    panel.run(PanelAction::open);
+    EXPECT_EQ(calls, 1);
+    static_assert(std::is_same_v<Panel::Actions, std::unordered_map<PanelAction, std::function<void()>>>);
+}
+
+TEST(ActionableTest, KeysAreWhateverCanBeHashed) {
+    Menu menu;
+    std::string log;
+    menu.on("Open", [&] { log += "open "; });
+    menu.on("Close", [&] { log += "close "; });
+    menu.choose("Close");
+    EXPECT_EQ(log, "close ");
+    static_assert(detail::Hashable<std::string> && detail::Hashable<PanelAction> &&
+                  !detail::Hashable<std::vector<int>>);
+}
