@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Extensions/Bundles.h>
 
+#include "platform/text/CurrentRegion.h"
+
 #include <VorlanFoundation/Platform/CheckedArithmetic.h>
-#include <VorlanFoundation/Platform/Locale.h>
 
 #include <algorithm>
 #include <charconv>
@@ -59,7 +60,7 @@ std::int64_t bundle::appVersion(const Bundle&) {
 }
 
 std::string locale::currentLanguageCode() {
-    return Locale::current().languageCode().value_or("en");
+    return currentRegion().languageCode.value_or("en");
 }
 
 } // namespace vorlan

@@ -4,6 +4,7 @@
 // and answers each with a line on standard output.
 
 #include <VorlanFoundation/Extensions/Bundles.h>
+#include <VorlanFoundation/Extensions/LocalizedText.h>
 #include <VorlanFoundation/Logging/Logger.h>
 #include <VorlanFoundation/Persistence/Folder.h>
 #include <VorlanFoundation/Platform/Problems.h>
@@ -131,6 +132,12 @@ std::map<std::string, Command> bundleCommands() {
         {"objectForKey", [](Arguments& more) { return objectForKey(more.take()); }},
         {"hasInfo", [](Arguments&) { return Bundle::main().infoDictionary() != nullptr ? "true" : "false"; }},
         {"localizations", [](Arguments&) { return textOf(Bundle::main().localizations()); }},
+        {"localized", [](Arguments& more) { return text::localized(more.take()); }},
+        {"localizedPlural",
+         [](Arguments& more) {
+             const auto key = more.take();
+             return text::localizedPlural(key, std::stoll(more.take()));
+         }},
         {"resource",
          [](Arguments& more) {
              const auto name = more.take();

@@ -15,6 +15,7 @@
 #include <VorlanFoundation/Platform/DispatchTimeInterval.h>
 #include <VorlanFoundation/Platform/Export.h>
 #include <VorlanFoundation/Platform/Object.h>
+#include <VorlanFoundation/Platform/ObjectPointer.h>
 #include <VorlanFoundation/Platform/Work.h>
 
 #include <concepts>
@@ -63,11 +64,7 @@ VORLAN_EXPORT void delayOnMainThread(DispatchTimeInterval delay, Work work);
 namespace detail {
 
 template <class T>
-inline constexpr bool isHandle = std::is_pointer_v<T>;
-template <class T>
-inline constexpr bool isHandle<std::shared_ptr<T>> = true;
-template <class T, class Deleter>
-inline constexpr bool isHandle<std::unique_ptr<T, Deleter>> = true;
+inline constexpr bool isHandle = ObjectPointer<T>;
 template <class T>
 inline constexpr bool isHandle<std::weak_ptr<T>> = true;
 
