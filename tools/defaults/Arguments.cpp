@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/defaults/Arguments.h"
 
-#include "tools/defaults/Usage.h"
 #include "tools/defaults/ValueParsing.h"
-
-#include <VorlanFoundation/Platform/Describe.h>
+#include "tools/support/Program.h"
+#include "tools/support/Quoting.h"
 
 #include <algorithm>
 #include <array>
@@ -16,10 +15,6 @@ namespace tool {
 using vorlan::Value;
 
 namespace {
-
-std::string inQuotes(std::string_view word) {
-    return "'" + vorlan::describe(word) + "'";
-}
 
 // The words of a call by what they are, before it is known what the command makes of them.
 struct Words {

@@ -2,15 +2,12 @@
 #include "tools/defaults/Commands.h"
 
 #include "tools/defaults/Printing.h"
-#include "tools/defaults/Usage.h"
+#include "tools/support/Program.h"
+#include "tools/support/Quoting.h"
 
-#include <VorlanFoundation/Platform/Describe.h>
-#include <VorlanFoundation/Platform/Problems.h>
 #include <VorlanFoundation/Platform/UserDefaults.h>
 
-#include <atomic>
 #include <filesystem>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -23,34 +20,13 @@ using vorlan::Value;
 
 namespace {
 
-std::string inQuotes(std::string_view name) {
-    return "'" + vorlan::describe(name) + "'";
-}
-
-void complain(std::string_view message) {
-    std::cerr << "vorlan-defaults: " + std::string(message) + "\n";
-}
-
-// Whether the store reported anything. It may do so on any thread, and at the very end.
-std::atomic<bool> hasProblem = false;
-
-void listenToProblems() {
-    vorlan::setProblemHandler([](std::string_view message, std::string_view) {
-        hasProblem = true;
-        complain(message);
-    });
-}
-
-ExitStatus print(std::string_view text) {
-    std::cout << text << std::flush;
-    if (std::cout) return hasProblem ? failed : done;
-    complain("cannot write the output");
-    return failed;
+ExitStatus show(std::string_view text) {
+    return print(text) && !hasProblem() ? done : failed;
 }
 
 // What could not be read is not known to be absent.
 ExitStatus missing(std::string_view message) {
-    if (hasProblem) return failed;
+    if (hasProblem()) return failed;
     complain(message);
     return notFound;
 }
@@ -65,7 +41,7 @@ UserDefaults storeOf(const std::string& domain) try {
 // not be read only looks empty.
 bool isThere(const UserDefaults& store, const Value::Dictionary& entries) {
     std::error_code ignored;
-    return !entries.empty() || (!hasProblem && std::filesystem::exists(store.fileURL().path(), ignored));
+    return !entries.empty() || (!hasProblem() && std::filesystem::exists(store.fileURL().path(), ignored));
 }
 
 ExitStatus missingDomain(const UserDefaults& store) {
@@ -81,10 +57,10 @@ ExitStatus read(const Arguments& arguments) {
     const auto entries = store.storedEntries();
     if (!isThere(store, entries)) return missingDomain(store);
     const auto text = arguments.asJSON ? jsonText : plainText;
-    if (!arguments.key) return print(text(entries) + "\n");
+    if (!arguments.key) return show(text(entries) + "\n");
     const auto entry = entries.find(*arguments.key);
     if (entry == entries.end()) return missingKey(store, *arguments.key);
-    return print(text(entry->second) + "\n");
+    return show(text(entry->second) + "\n");
 }
 
 // The store has said why not.
@@ -114,13 +90,13 @@ ExitStatus list(const Arguments& arguments) {
     if (!isThere(store, entries)) return missingDomain(store);
     std::string lines;
     for (const auto& [key, value] : entries) lines += key + "\n";
-    return print(lines);
+    return show(lines);
 }
 
 ExitStatus domains() {
     std::string lines;
     for (const auto& name : UserDefaults::suiteNames()) lines += name + "\n";
-    return print(lines);
+    return show(lines);
 }
 
 } // namespace
@@ -128,8 +104,8 @@ ExitStatus domains() {
 ExitStatus run(const Arguments& arguments) {
     listenToProblems();
     switch (arguments.command) {
-    case Command::help: return print(usage);
-    case Command::version: return print("vorlan-defaults " VORLAN_VERSION "\n");
+    case Command::help: return show(usage);
+    case Command::version: return show("vorlan-defaults " VORLAN_VERSION "\n");
     case Command::read: return read(arguments);
     case Command::write: return write(arguments);
     case Command::remove: return remove(arguments);

@@ -2,6 +2,7 @@
 #include "tools/defaults/Printing.h"
 
 #include "tools/defaults/DateText.h"
+#include "tools/support/Quoting.h"
 
 #include <VorlanFoundation/Platform/Describe.h>
 
@@ -19,31 +20,6 @@ using vorlan::Value;
 namespace {
 
 constexpr std::string_view hexDigits = "0123456789abcdef";
-
-void appendEscaped(std::string& out, char character) {
-    switch (character) {
-    case '"': out += "\\\""; return;
-    case '\\': out += "\\\\"; return;
-    case '\n': out += "\\n"; return;
-    case '\r': out += "\\r"; return;
-    case '\t': out += "\\t"; return;
-    default: break;
-    }
-    const auto code = static_cast<unsigned char>(character);
-    if (code >= 0x20 && code != 0x7F) {
-        out += character;
-    } else {
-        out += "\\u00";
-        out += hexDigits[code >> 4];
-        out += hexDigits[code & 0xF];
-    }
-}
-
-std::string quotedText(std::string_view text) {
-    std::string out = "\"";
-    for (const char character : vorlan::describe(text)) appendEscaped(out, character);
-    return out + '"';
-}
 
 std::string hexText(const Data& data) {
     std::string out;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/defaults/Usage.h"
+#include "tools/support/Program.h"
 
 namespace tool {
+
+const std::string_view programName = "vorlan-defaults";
 
 const std::string_view usage = R"(Usage: vorlan-defaults COMMAND [OPTION...] [ARGUMENT...]
 

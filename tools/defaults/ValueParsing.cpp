@@ -2,9 +2,8 @@
 #include "tools/defaults/ValueParsing.h"
 
 #include "tools/defaults/DateText.h"
-#include "tools/defaults/Usage.h"
-
-#include <VorlanFoundation/Platform/Describe.h>
+#include "tools/support/Program.h"
+#include "tools/support/Quoting.h"
 
 #include <algorithm>
 #include <array>
@@ -96,7 +95,7 @@ std::optional<ValueType> valueTypeOf(std::string_view option) {
 
 Value parseValue(ValueType type, std::string_view text) {
     if (auto value = parse(type, text)) return *std::move(value);
-    throw UsageError("'" + vorlan::describe(text) + "' is " + demandOf(type));
+    throw UsageError(inQuotes(text) + " is " + demandOf(type));
 }
 
 } // namespace tool
