@@ -15,6 +15,8 @@ bool showLogging();
 bool showSettings();
 bool showPersistence();
 bool showDates();
+bool showTexts();
+bool showGeometry();
 bool showKeychain();
 bool showNetwork();
 bool showReachability();

@@ -51,8 +51,8 @@ int showAll(bool watches) {
     bool isComplete = true;
     for (const auto show :
          {tour::showExecution, tour::showPacing, tour::showOperations, tour::showObservation,
-          tour::showLogging, tour::showSettings, tour::showPersistence, tour::showDates, tour::showKeychain,
-          tour::showNetwork, tour::showReachability})
+          tour::showLogging, tour::showSettings, tour::showPersistence, tour::showDates, tour::showTexts,
+          tour::showGeometry, tour::showKeychain, tour::showNetwork, tour::showReachability})
         isComplete &= show();
     if (watches) return tour::watchNetwork();
     return isComplete ? 0 : 1;

@@ -1,104 +1,24 @@
 # SPDX-License-Identifier: Apache-2.0
 """The examples do what they say: the ten lines of the README, the tour with its watch of the network and of a
-host, the passwords that are kept, the types of a host as JSON, and its dates.
+host, the passwords that are kept, the types of a host as JSON, its dates, its texts, and its values.
 
-Usage: ExamplesTests.py MINIMAL TOUR SECRETS JSON DATES README [unittest arguments]
+Usage: ExamplesTests.py MINIMAL TOUR SECRETS JSON DATES TEXTS VALUES STRINGS README [unittest arguments]
 """
 
 import os
 import pathlib
 import pty
 import re
-import selectors
-import shlex
-import shutil
 import signal
 import subprocess
 import sys
 import tempfile
 import termios
-import time
 import unittest
 
-minimal, tour, secrets, json, dates, readme = sys.argv[1:7]
-limit = 60  # seconds; generous, as sanitizers and a busy machine are slow
+from Following import Following, limit, run
 
-
-def run(*command):
-    return subprocess.run(command, capture_output=True, text=True, timeout=limit, stdin=subprocess.DEVNULL)
-
-
-class Output:
-    """The lines of a running program, read with a deadline."""
-
-    def __init__(self, stream):
-        self.stream = stream
-        self.text = ""
-        self.selector = selectors.DefaultSelector()
-        self.selector.register(stream, selectors.EVENT_READ)
-
-    def wait_for(self, pattern):
-        """Reads on until a line matches; fails when none does in time. What was read is used up."""
-        deadline = time.monotonic() + limit
-        while not (found := re.search(f"{pattern}.*\n", self.text)):
-            if not self.selector.select(max(0, deadline - time.monotonic())):
-                raise AssertionError(f"no line with {pattern!r} in {self.text!r}")
-            chunk = os.read(self.stream.fileno(), 65536)
-            if not chunk:
-                raise AssertionError(f"ended without a line with {pattern!r}: {self.text!r}")
-            self.text += chunk.decode()
-        self.text = self.text[found.end():]
-        return found.group()
-
-
-def namespace_command():
-    """How to run a program in a network namespace of its own here; None where that is forbidden."""
-    for options in (["--net"], ["--user", "--map-root-user", "--net"]):
-        command = ["unshare", *options, "--"]
-        if shutil.which("unshare") and shutil.which("ip") and run(*command, "ip", "link", "set", "lo", "up").returncode == 0:
-            return command
-    return None
-
-
-class Following:
-    """The tour following a network of its own: a cable with an address, and no default route."""
-
-    def __init__(self, case, *arguments):
-        command = namespace_command()
-        if command is None:
-            case.skipTest("this machine allows no network namespaces")
-        # The shell makes the network's changes in the namespace when it is told to, line by line.
-        self.shell = subprocess.Popen([*command, "sh", "-es"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.output = Output(self.shell.stdout)
-        self.arguments = arguments
-
-    def __enter__(self):
-        self.tell(f"""ip link set lo up
-            ip link add veth0 type veth peer name vpeer
-            ip addr add 10.9.0.1/24 dev veth0
-            ip link set veth0 up
-            ip link set vpeer up
-            {shlex.join([tour, *self.arguments])} & echo pid $!""")
-        self.pid = int(self.wait_for("pid ").split()[1])
-        return self
-
-    def __exit__(self, failure, *_):
-        if failure:
-            os.kill(self.pid, signal.SIGKILL)  # it would keep the shell's output open for ever
-        self.shell.communicate()
-
-    def tell(self, lines):
-        self.shell.stdin.write(lines + "\n")
-        self.shell.stdin.flush()
-
-    def wait_for(self, pattern):
-        return self.output.wait_for(pattern)
-
-    def interrupt(self):
-        """Interrupts the tour; returns its exit status."""
-        os.kill(self.pid, signal.SIGINT)
-        self.tell(f"wait {self.pid}; echo status $?")
-        return self.wait_for("status ").split()[1]
+minimal, tour, secrets, json, dates, texts, values, strings, readme = sys.argv[1:10]
 
 
 class Minimal(unittest.TestCase):
@@ -118,11 +38,14 @@ class Tour(unittest.TestCase):
         result = run(tour)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         for title in ("Execution", "Timers and rate limits", "Threads and operations", "Observation",
-                      "Logging and timing", "Settings, folders and the bundle", "Persistence", "Dates", "Keychain",
-                      "Network", "Reachability of a host"):
+                      "Logging and timing", "Settings, folders and the bundle", "Persistence", "Dates",
+                      "Texts and translations", "Circles, pages and values", "Keychain", "Network",
+                      "Reachability of a host"):
             self.assertIn(f"\n{title}\n", result.stdout)
         self.assertIn("shown on the main thread", result.stdout)
         self.assertIn("$.items[1].price: expected a number, found a string", result.stdout)
+        self.assertIn("Добрый день, 1 файл, 2 файла, 5 файлов; Страница 2 из 9", result.stdout)
+        self.assertIn("welcome (33 %) settings (67 %) done (100 %) and no further", result.stdout)
         self.assertNotIn("correct horse", result.stdout, "a secret")
         self.assertNotIn("\x1b", result.stdout)
 
@@ -153,7 +76,7 @@ class Tour(unittest.TestCase):
             self.assertRegex(result.stderr, f'^vorlan-tour: .*"{name[:20]}.*Invalid argument')
 
     def test_follows_the_network_until_interrupted(self):
-        with Following(self, "--watch") as follower:
+        with Following(self, tour, "--watch") as follower:
             follower.wait_for("Watching the network")
             follower.wait_for("offline over none")
             follower.tell("ip route add default via 10.9.0.2")
@@ -163,7 +86,7 @@ class Tour(unittest.TestCase):
             self.assertEqual(follower.interrupt(), "0")
 
     def test_follows_a_host_until_interrupted(self):
-        with Following(self, "--reach", "198.51.100.7") as follower:
+        with Following(self, tour, "--reach", "198.51.100.7") as follower:
             follower.wait_for("Following the way to 198.51.100.7")
             follower.wait_for(r'No Connection, flags "-- -------"')
             follower.wait_for('"reachabilityChanged" was posted')
@@ -271,10 +194,11 @@ def without_indentation(text):
 
 
 def expect_excerpts(case, topic):
-    """The code of a page is all in its example."""
+    """The code of a page, and what it shows of other files, is all in its example."""
     root = pathlib.Path(readme).parent
-    source = without_indentation((root / "examples" / topic / "main.cpp").read_text())
-    blocks = re.findall(r"```cpp\n(.*?)```", (root / "docs" / f"{topic}.md").read_text(), re.DOTALL)
+    files = sorted(file for file in (root / "examples" / topic).rglob("*") if file.is_file())
+    source = without_indentation("\n".join(file.read_text() for file in files))
+    blocks = re.findall(r"```(?:cpp|strings|xml)\n(.*?)```", (root / "docs" / f"{topic}.md").read_text(), re.DOTALL)
     case.assertGreater(len(blocks), 5)
     for block in blocks:
         case.assertIn(without_indentation(block).strip(), source)
@@ -331,5 +255,93 @@ class Dates(unittest.TestCase):
         expect_excerpts(self, "dates")
 
 
+class Texts(unittest.TestCase):
+    def test_speaks_to_users_in_their_languages(self):
+        result = run(texts)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        lines = result.stdout.split("\n")
+        misfits = [line for line in lines if line.startswith("! ")]
+        self.assertEqual([re.search('"(.*?)"', line)[1] for line in misfits], ["%d files", "%d of %d", "100 % done"])
+        self.assertEqual([line for line in lines if line not in misfits], [
+            "Öffnen",
+            "Открыть",
+            "Beenden",
+            "Nobody has translated this",
+            "„Hallo“ sagen",
+            "Seite 2 von 9",
+            "Nach b verschoben: a",
+            "1 Datei",
+            "5.000 Dateien",
+            "keine Dateien",
+            "3 Dateien in 1 Ordner",
+            "Выйти",
+            "1 файл",
+            "3 файла",
+            "5 файлов",
+            "21 файл в 2 папках",
+            "Quit",
+            "1 file",
+            "3 files",
+            "5 files",
+            "21 files in 2 folders",
+            "3 of nine",
+            "Lovelace, Ada",
+            "name    |   3.142|0x00ff",
+            "1.234,50",
+            "three files",
+            "1 of %d",
+            "100 % done",
+            "CAFÉ",
+            "notes.txt",
+            "home/ada/notes.txt",
+            "not found",
+            "900150983cd24fb0d6963f7d28e17f72",
+            "ba7816bf8f01cfea",
+            "an address",
+            "the test passed",
+            ""])
+
+    def test_is_translated_without_fault(self):
+        for program in (texts, tour):
+            result = run(strings, "check", "--strict", f"{program}.resources")
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+
+    def test_is_what_its_page_shows(self):
+        expect_excerpts(self, "texts")
+
+
+class Values(unittest.TestCase):
+    def test_shows_each_operation(self):
+        result = run(values)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.split("\n"), [
+            "1.00",
+            "2",
+            "0.2998046875",
+            "yes",
+            "1",
+            "yes",
+            "yes",
+            "no",
+            "yes",
+            "yes",
+            "Open",
+            "yes",
+            "no",
+            "no",
+            "15.708",
+            "60, 50",
+            "done",
+            "no page",
+            "1.33",
+            "hidden",
+            "the next one",
+            "the lights go on",
+            ""])
+
+    def test_is_what_its_page_shows(self):
+        expect_excerpts(self, "values")
+
+
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[7:]])
+    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[10:]])
