@@ -3,7 +3,7 @@
 
 // Dates in no order that a processor could guess, and what rows do with them.
 
-#include "benchmarks/support/Rows.h"
+#include "benchmarks/support/InTurn.h"
 
 #include <VorlanFoundation/Platform/Date.h>
 
@@ -69,12 +69,7 @@ inline const SampleDates& recentDates() {
 /// Times a call, which gets one of the dates after the other.
 template <class Call>
 void measureDates(benchmark::State& state, const Call& call, const SampleDates& dates = sampleDates()) {
-    std::size_t place = static_cast<std::size_t>(state.thread_index()) * sampleDateCount / 2;
-    for ([[maybe_unused]] auto _ : state) {
-        auto result = call(dates[place]);
-        benchmark::DoNotOptimize(result);
-        place = place + 1 == sampleDateCount ? 0 : place + 1;
-    }
+    measureInTurn(state, sampleDateCount, [&](std::size_t place) { return call(dates[place]); });
 }
 
 /// What a row gives, as all give it; of a date, the milliseconds since 1970.
