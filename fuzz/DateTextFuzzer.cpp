@@ -21,6 +21,7 @@
 #include <unicode/smpdtfmt.h>
 
 using namespace vorlan;
+using fuzzing::Input;
 
 namespace {
 
@@ -34,33 +35,11 @@ constexpr std::array zoneNames{"Europe/Berlin",
                                "Australia/Lord_Howe",
                                "UTC"};
 
-// An input, from which what is needed is taken bit by bit: bytes that choose, dates, and lines of text.
-class Input {
-public:
-    Input(const std::uint8_t* data, std::size_t size) : rest_(reinterpret_cast<const char*>(data), size) {}
-
-    std::uint8_t byte() {
-        if (rest_.empty()) return 0;
-        const auto first = static_cast<std::uint8_t>(rest_.front());
-        rest_.remove_prefix(1);
-        return first;
-    }
-    // Within some two thousand years of 2001, to an eighth of a second, of which no double loses a millisecond.
-    Date date() {
-        std::int64_t number = -(std::int64_t{1} << 31);
-        for (const int shift : {24, 16, 8, 0}) number += std::int64_t{byte()} << shift;
-        return Date(static_cast<double>(number * 30) + static_cast<double>(number & 7) / 8);
-    }
-    std::string line() {
-        const auto end = rest_.find('\n');
-        std::string result(rest_.substr(0, end));
-        rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
-        return result;
-    }
-
-private:
-    std::string_view rest_;
-};
+// Within some two thousand years of 2001, to an eighth of a second, of which no double loses a millisecond.
+Date takeDate(Input& input) {
+    const auto number = static_cast<std::int64_t>(input.number(4)) - (std::int64_t{1} << 31);
+    return Date(static_cast<double>(number * 30) + static_cast<double>(number & 7) / 8);
+}
 
 std::string writtenByICU(const std::string& pattern, const Locale& locale, TimeZone zone, Date date) {
     UErrorCode status = U_ZERO_ERROR;
@@ -88,7 +67,7 @@ void tryDates(const DateFormatter& formatter, Date date, const std::string& text
 void tryPattern(Input& input) {
     const Locale locale(localeNames.at(input.byte() % localeNames.size()));
     const auto zone = TimeZone::fromIdentifier(zoneNames.at(input.byte() % zoneNames.size()));
-    const auto date = input.date();
+    const auto date = takeDate(input);
     const auto pattern = input.line();
     DateFormatter formatter;
     formatter.setLocale(locale);
@@ -102,7 +81,7 @@ void tryPattern(Input& input) {
 }
 
 void tryLocale(Input& input) {
-    const auto date = input.date();
+    const auto date = takeDate(input);
     const Locale locale(input.line());
     DateFormatter formatter;
     formatter.setLocale(locale);
