@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
 #include <tuple>
 #include <unicode/coleitr.h>
 #include <unicode/normalizer2.h>
+#include <unicode/stringpiece.h>
 #include <unicode/tblcoll.h>
 #include <unicode/uchar.h>
 #include <unicode/uniset.h>
@@ -213,6 +215,29 @@ bool isInsideCharacter(std::string_view text, std::size_t place) noexcept {
         if (utf8::characterLength(text.data() + place - back, text.size() - (place - back)) > back)
             return true;
     return false;
+}
+
+bool isBetweenCharacters(std::string_view text, std::size_t place) {
+    if (place == 0 || place == text.size()) return true;
+    if (isInsideCharacter(text, place)) return false;
+    auto before = place - 1;
+    while (isInsideCharacter(text, before)) --before;
+    const auto decomposed = [text](std::size_t at) {
+        icu::UnicodeString characters(static_cast<UChar32>(utf8::firstCharacter(text.substr(at)).character));
+        decompose(characters);
+        return characters;
+    };
+    const auto previous = decomposed(before);
+    const auto last = previous.char32At(previous.length() - 1);
+    return !continues(static_cast<TextUnit>(last), decomposed(place).char32At(0));
+}
+
+bool isComposed(std::string_view text) {
+    static const auto& forms = instance(icu::Normalizer2::getNFCInstance);
+    if (text.size() > std::numeric_limits<std::int32_t>::max() || !utf8::isWellFormed(text)) return false;
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::StringPiece piece(text.data(), static_cast<std::int32_t>(text.size()));
+    return forms.isNormalizedUTF8(piece, status) && U_SUCCESS(status);
 }
 
 TextFolding::TextFolding(CompareOptions options)

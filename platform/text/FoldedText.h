@@ -39,6 +39,13 @@ struct FoldedText {
 /// Whether a place is between the bytes of one well-formed character.
 bool isInsideCharacter(std::string_view text, std::size_t place) noexcept;
 
+/// Whether a character with its marks begins or ends at a place of a well-formed text.
+bool isBetweenCharacters(std::string_view text, std::size_t place);
+
+/// Whether a text is well-formed and in the form that has as few characters as can be (NFC), as most are. Parts of two
+/// such texts are canonically equivalent only where they are the same bytes.
+bool isComposed(std::string_view text);
+
 /// Turns texts into units that are equal exactly where the texts count as the same.
 ///
 /// Threads: safe from any thread; folding one text into another's units is for one thread at a time.

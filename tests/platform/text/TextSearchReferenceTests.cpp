@@ -113,7 +113,7 @@ icu::UnicodeString comparable(std::span<const std::string_view> part, bool ignor
 // Whether parts may begin and end before a character, by the few marks that the tests use.
 bool mayBreak(const std::vector<std::string_view>& text, std::size_t at) {
     static const std::set<std::string_view> marks{"\u0301", "\u0323", "\u0302", "\u0345",
-                                                  "\u093F", "\u200D", "\uFE0F"};
+                                                  "\u093F", "\u094D", "\u200D", "\uFE0F"};
     if (at == 0 || at == text.size() || !marks.contains(text[at])) return true;
     return text[at - 1] == "\n" || text[at - 1] == "\r" || !utf8::isWellFormed(text[at - 1]);
 }
@@ -266,6 +266,19 @@ TEST(TextSearchReferenceTest, EquivalentPartsAreFoundAsByTryingAll) {
     expectAsByModel(none, letters, [](std::string_view needle, std::string_view text) {
         return partsThatAre(needle, text, /*ignoresCase=*/false);
     });
+}
+
+// Such texts are not taken to pieces.
+TEST(TextSearchReferenceTest, PartsOfComposedTextsAreFoundAsByTryingAll) {
+    const auto parts = [](std::string_view needle, std::string_view text) {
+        return partsThatAre(needle, text, /*ignoresCase=*/false);
+    };
+    expectAsByModel(none,
+                    {"a", "é", "ế", "가", "각", "나", "ü", "x\u0301", "\u0301", "क", "\u093F", "क\u094D",
+                     "\u200D", "\n", "\r", "👩", "\uFE0F"},
+                    parts);
+    expectAsByModel(none, {"é", "가", "x\u0301", "x"}, parts);
+    expectAsByModel(none, {"é", "가", "x\u0301", "x", "\n\u0301"}, parts, 60, 500);
 }
 
 TEST(TextSearchReferenceTest, PartsOfTheSameLettersAreFoundAsByTryingAll) {

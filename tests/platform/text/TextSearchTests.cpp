@@ -95,6 +95,8 @@ TEST(TextSearchTest, CharacterIsFoundOnlyWithItsMarks) {
     EXPECT_EQ(rangeOfText("e\u0301e", "e"), at(3, 1));
     EXPECT_EQ(rangeOfText("कि", "क"), absent) << "vowel signs are marks";
     EXPECT_EQ(rangeOfText("각", "가"), absent) << "nor a syllable in a longer one";
+    EXPECT_EQ(rangeOfText("가\u1161", "가"), absent) << "nor one that goes on in a loose vowel";
+    EXPECT_EQ(rangeOfText("가나 가\u1161", "가", backwards), at(0, 3));
     EXPECT_EQ(rangeOfText("\u1100\u1161\u11A8", "\u1100\u1161"), absent);
     EXPECT_EQ(rangeOfText("👍🏽", "👍"), absent) << "a tone of the skin is a mark";
 }
