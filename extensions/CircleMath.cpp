@@ -2,8 +2,12 @@
 #include <VorlanFoundation/Extensions/CircleMath.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace vorlan {
+
+CircleMath::CircleMath(double radius) noexcept
+    : radius_(radius), diameter_(radius + radius), circleLength_(radius * (2 * std::numbers::pi)) {}
 
 double CircleMath::arcLength(Angle arc) const noexcept {
     return arc.angle * radius_;

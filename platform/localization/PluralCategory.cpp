@@ -126,6 +126,13 @@ double withLastDigits(std::uint64_t number) {
     return static_cast<double>(number < large ? number : number % large + large);
 }
 
+// The same of a double, which is whole where it is large.
+double withLastDigits(double number) {
+    constexpr double large = 1e15;
+    number = std::fabs(number);
+    return number < large ? number : std::fmod(number, large) + large;
+}
+
 } // namespace
 
 PluralCategory pluralCategory(std::int64_t number, const Locale& locale) {
@@ -142,7 +149,7 @@ PluralCategory pluralCategory(double number, int fractionDigits, const Locale& l
     const auto* const rules = rulesOf(locale);
     if (rules == nullptr || !std::isfinite(number)) return PluralCategory::other;
     UErrorCode status = U_ZERO_ERROR;
-    const auto written = withFractionDigits(fractionDigits).formatDouble(number, status);
+    const auto written = withFractionDigits(fractionDigits).formatDouble(withLastDigits(number), status);
     return categoryOf(rules->select(written, status));
 }
 

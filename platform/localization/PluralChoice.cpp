@@ -28,7 +28,7 @@ const std::optional<std::string>& formOf(const PluralVariable& variable, PluralC
 }
 
 template <class Number>
-bool readWhole(std::string_view text, Content& content) {
+bool readNumber(std::string_view text, Content& content) {
     Number number{};
     const auto end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, number);
@@ -44,8 +44,8 @@ bool makeNumber(Content& content) {
     const auto* text = std::get_if<std::string>(&content);
     if (text == nullptr) return true;
     const auto number = *text; // which is overwritten
-    return readWhole<std::int64_t>(number, content) || readWhole<std::uint64_t>(number, content) ||
-           readWhole<double>(number, content);
+    return readNumber<std::int64_t>(number, content) || readNumber<std::uint64_t>(number, content) ||
+           readNumber<double>(number, content);
 }
 
 // The first gap that is for the number.

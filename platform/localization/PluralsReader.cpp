@@ -30,16 +30,18 @@ std::string quoted(std::string_view text) {
 // Names whose fault it is.
 class Blame {
 public:
-    explicit Blame(std::string_view key) : prefix_("key " + quoted(key) + ": ") {}
-    Blame(const Blame& key, std::string_view variable)
-        : prefix_(key.prefix_ + "variable " + quoted(variable) + ": ") {}
+    explicit Blame(std::string_view key) : key_(key) {}
+    Blame(const Blame& key, std::string_view variable) : key_(key.key_), variable_(variable) {}
 
     [[noreturn]] void fail(const std::string& message) const {
-        throw StringTableError(prefix_ + message, TextPosition());
+        auto text = "key " + quoted(key_) + ": ";
+        if (variable_) text += "variable " + quoted(*variable_) + ": ";
+        throw StringTableError(text + message, TextPosition());
     }
 
 private:
-    std::string prefix_;
+    std::string_view key_;
+    std::optional<std::string_view> variable_;
 };
 
 const Value& entryOf(const Value::Dictionary& dictionary, std::string_view key) {
@@ -66,6 +68,8 @@ bool isValueType(const std::string& type) {
     const auto directives = formatDirectives("%" + type);
     if (directives.size() != 1 || directives[0].length != type.size() + 1) return false;
     using Kind = FormatDirective::Kind;
+    // Characters and addresses are no numbers, and the number of the argument is not the variable's to say.
+    if (type.find_first_of("cCp$") != std::string::npos) return false;
     const auto kind = directives[0].kind;
     return kind == Kind::integer || kind == Kind::number || kind == Kind::anything;
 }

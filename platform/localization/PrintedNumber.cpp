@@ -116,6 +116,7 @@ PrintedNumber printed(const GapForm& form, double number) {
 }
 
 int fractionDigitsOf(std::string_view text) {
+    if (text.starts_with("0x") || text.starts_with("0X")) return 0; // where "e" is a digit
     const auto end = std::min(text.find_first_of("eE"), text.size());
     const auto point = std::min(text.find('.'), end);
     int digits = point < end ? static_cast<int>(end - point) - 1 : 0;

@@ -77,7 +77,8 @@ bool TableFile::refresh(std::vector<std::string>& problems) {
     const auto found = FileVersion::ofPath(path_.c_str());
     if (version_ == found && isSettled_) return false;
     const auto former = std::exchange(version_, found);
-    isSettled_ = true;
+    const auto formerTexts = texts_;
+    isSettled_ = false; // until it was read, or is known to be no table
     const auto complain = [&](TextPosition position, const std::string& why) {
         if (version_ != former) problems.push_back(sentence(path_, position, why));
     };
@@ -86,11 +87,12 @@ bool TableFile::refresh(std::vector<std::string>& problems) {
         if (bytes) texts_ = std::make_shared<const StringTable>(reader_(*bytes));
         if (version_->isAbsent()) texts_.reset();
     } catch (const StringTableError& error) {
+        isSettled_ = !version_->isYoung();
         complain(error.position(), error.what());
     } catch (const std::filesystem::filesystem_error& error) {
-        complain({}, error.code().message());
+        complain({}, error.code().message()); // which may pass without a change of the file
     }
-    return true;
+    return version_ != former || texts_ != formerTexts;
 }
 
 // Absent when it is not there, and while somebody keeps writing to it: then the next refresh tries again.
@@ -104,7 +106,7 @@ std::optional<Data> TableFile::readWhole() {
             if (!none.isAbsent())
                 throw std::filesystem::filesystem_error("cannot read", path_, systemError(none.error));
             version_ = none;
-            return std::nullopt;
+            break;
         }
         version_ = FileVersion::ofDescriptor(file.number());
         isSettled_ = !version_->isYoung();

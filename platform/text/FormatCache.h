@@ -24,11 +24,12 @@ class FormatCache {
 public:
     using Pointer = std::shared_ptr<const Value>;
 
-    /// The value of a key, made by `make` when there is none.
+    /// The value of a key, made by `make` when there is none. What is made as null is not kept.
     template <class Make>
     Pointer value(const std::string& key, Make&& make) {
         if (auto found = find(key)) return found;
         Pointer made = std::forward<Make>(make)();
+        if (!made) return nullptr;
         std::unordered_map<std::string, Pointer> forgotten; // let go outside the lock
         const std::lock_guard lock(mutex_);
         if (values_.size() >= capacity) forgotten.swap(values_);

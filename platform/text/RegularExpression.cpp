@@ -4,6 +4,7 @@
 #include "platform/text/FormatCache.h"
 #include "platform/text/UTF16.h"
 
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -23,6 +24,25 @@ namespace {
 // In what ICU counts for about a millisecond.
 constexpr std::int32_t timeLimit = 100;
 
+// ICU does not count the places at which a match is tried in vain, but asks at each whether to go on.
+class Patience {
+public:
+    static UBool U_CALLCONV isLeft(const void* patience, std::int64_t) {
+        return static_cast<const Patience*>(patience)->isLeft();
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool isLeft() const {
+        constexpr unsigned callsBetweenLooks = 64; // at the clock
+        return ++calls_ % callsBetweenLooks != 0 || Clock::now() < end_;
+    }
+
+    const Clock::time_point end_ = Clock::now() + std::chrono::milliseconds(100);
+    mutable unsigned calls_ = 0;
+};
+
 // Longer ones are made anew each time, so that what is kept does not grow large.
 constexpr std::size_t longestKeptPattern = 1024;
 
@@ -39,6 +59,8 @@ Answer askMatcher(const icu::RegexPattern& pattern, std::string_view text, Answe
     const std::unique_ptr<icu::RegexMatcher> matcher(pattern.matcher(status));
     if (U_FAILURE(status)) return otherwise;
     matcher->setTimeLimit(timeLimit, status);
+    Patience patience;
+    matcher->setFindProgressCallback(&Patience::isLeft, &patience, status);
     matcher->reset(units.get());
     Answer answer = std::forward<Use>(use)(*matcher, status);
     return U_SUCCESS(status) ? answer : otherwise;

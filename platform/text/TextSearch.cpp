@@ -43,28 +43,13 @@ Found lastBytes(std::string_view text, std::string_view needle, Accept&& accept)
     return std::nullopt;
 }
 
-template <class Accept>
-Found bytesAtEnd(std::string_view text, std::string_view needle, bool isBackwards, Accept&& accept) {
-    if (!(isBackwards ? text.ends_with(needle) : text.starts_with(needle))) return std::nullopt;
-    const TextRange part{isBackwards ? text.size() - needle.size() : 0, needle.size()};
-    return accept(part) ? Found(part) : std::nullopt;
-}
-
 Found rangeOfBytes(std::string_view text, std::string_view needle, CompareOptions options) {
-    const auto accept = [](TextRange) { return true; };
     const bool isBackwards = contains(options, CompareOptions::backwards);
-    if (contains(options, CompareOptions::anchored)) return bytesAtEnd(text, needle, isBackwards, accept);
-    return isBackwards ? lastBytes(text, needle, accept) : firstBytes(text, needle);
-}
-
-// Of composed texts, where parts that are the same are the same bytes.
-Found rangeInComposed(std::string_view text, std::string_view needle, CompareOptions options) {
-    const auto accept = [text](TextRange part) {
-        return isBetweenCharacters(text, part.offset) && isBetweenCharacters(text, part.offset + part.length);
-    };
-    const bool isBackwards = contains(options, CompareOptions::backwards);
-    if (contains(options, CompareOptions::anchored)) return bytesAtEnd(text, needle, isBackwards, accept);
-    return isBackwards ? lastBytes(text, needle, accept) : firstBytes(text, needle, accept);
+    if (contains(options, CompareOptions::anchored)) {
+        if (!(isBackwards ? text.ends_with(needle) : text.starts_with(needle))) return std::nullopt;
+        return TextRange{isBackwards ? text.size() - needle.size() : 0, needle.size()};
+    }
+    return isBackwards ? lastBytes(text, needle, [](TextRange) { return true; }) : firstBytes(text, needle);
 }
 
 std::string lowered(std::string_view text) {
@@ -74,12 +59,6 @@ std::string lowered(std::string_view text) {
     return result;
 }
 
-// In ASCII, nothing but the case can be ignored.
-Found rangeInASCII(std::string_view text, std::string_view needle, CompareOptions options) {
-    if (!contains(options, CompareOptions::caseInsensitive)) return rangeOfBytes(text, needle, options);
-    return rangeOfBytes(lowered(text), lowered(needle), options);
-}
-
 // Whether characters count as they stand, but for their equivalent forms.
 bool isExact(CompareOptions options) {
     using enum CompareOptions;
@@ -87,6 +66,58 @@ bool isExact(CompareOptions options) {
         if (contains(options, option)) return false;
     return true;
 }
+
+// The search of texts that need no folding, as most: of ASCII, where only the case can be ignored, and of composed ones,
+// whose parts are equivalent only where they are the same bytes.
+class PlainSearch {
+public:
+    PlainSearch(std::string_view needle, CompareOptions options)
+        : needle_(contains(options, CompareOptions::caseInsensitive) ? lowered(needle) : needle),
+          options_(options),
+          mayBeComposed_(isExact(options) && !contains(options, CompareOptions::literal)),
+          isUsable_(!contains(options, CompareOptions::numeric) && isPlain(needle)) {}
+
+    // Absent where it cannot tell. Reads growing parts of the text from the end that the search begins at, as what is
+    // looked for is often near it.
+    std::optional<Found> find(std::string_view text) const {
+        if (!isUsable_) return std::nullopt;
+        const TextFolding folding(options_);
+        const bool isBackwards = contains(options_, CompareOptions::backwards);
+        for (std::size_t size = 1024;; size *= 4) {
+            const bool isWhole = size >= text.size();
+            const auto cut = isWhole ? 0 : folding.cut(text, isBackwards ? text.size() - size : size);
+            const auto part = isWhole ? text : isBackwards ? text.substr(cut) : text.substr(0, cut);
+            if (!isPlain(part)) return std::nullopt;
+            if (auto found = findIn(part)) {
+                if (isBackwards) found->offset += text.size() - part.size();
+                return found;
+            }
+            if (part.size() == text.size()) return Found();
+        }
+    }
+
+private:
+    bool isPlain(std::string_view text) const {
+        return utf8::isASCII(text) || (mayBeComposed_ && isComposed(text));
+    }
+
+    Found findIn(std::string_view part) const {
+        if (contains(options_, CompareOptions::caseInsensitive))
+            return rangeOfBytes(lowered(part), needle_, options_);
+        if (utf8::isASCII(part)) return rangeOfBytes(part, needle_, options_);
+        const auto accept = [part](TextRange found) {
+            return isBetweenCharacters(part, found.offset) &&
+                   isBetweenCharacters(part, found.offset + found.length);
+        };
+        return contains(options_, CompareOptions::backwards) ? lastBytes(part, needle_, accept)
+                                                             : firstBytes(part, needle_, accept);
+    }
+
+    std::string needle_;
+    CompareOptions options_;
+    bool mayBeComposed_;
+    bool isUsable_;
+};
 
 } // namespace
 
@@ -98,15 +129,12 @@ Found rangeOfText(std::string_view text, std::string_view needle, CompareOptions
         return pattern ? pattern->find(text, contains(options, CompareOptions::anchored)) : std::nullopt;
     }
     if (text.empty()) return std::nullopt;
-    const bool isLiteral = contains(options, CompareOptions::literal);
     // An ill-formed needle's bytes can also be within a character.
-    if (isExact(options) && isLiteral && utf8::isWellFormed(needle))
+    if (contains(options, CompareOptions::literal) && isExact(options) && utf8::isWellFormed(needle))
         return rangeOfBytes(text, needle, options);
-    const bool countsNumbers = contains(options, CompareOptions::numeric);
-    if (!countsNumbers && utf8::isASCII(needle) && utf8::isASCII(text))
-        return rangeInASCII(text, needle, options);
-    if (isExact(options) && !isLiteral && isComposed(needle) && isComposed(text))
-        return rangeInComposed(text, needle, options);
+    // That at an end is found there without reading more.
+    if (!contains(options, CompareOptions::anchored))
+        if (const auto found = PlainSearch(needle, options).find(text)) return *found;
     return FoldedSearch(needle, options).find(text);
 }
 

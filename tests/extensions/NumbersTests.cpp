@@ -58,6 +58,9 @@ bool isSame(T a, T b) {
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
+template <class T>
+concept WritesWithDigits = requires(T value) { number::string(value, {.fractionDigits = 1}); };
+
 // To so many digits by what the float exactly holds.
 std::string exactly(float value, int digits) {
     std::array<char, 128> text;
@@ -176,7 +179,8 @@ TEST(NumbersTest, TextHasSoManyDigits) {
     EXPECT_EQ(number::string(0.125F, {.fractionDigits = 2}), "0.12");
     EXPECT_EQ(number::string(0.375F, {.fractionDigits = 2}), "0.38");
     EXPECT_EQ(number::string(-2.5F, {.fractionDigits = 0}), "-2");
-    EXPECT_EQ(number::string(3, {.fractionDigits = 3}), "3.000");
+    EXPECT_EQ(number::string(3.0F, {.fractionDigits = 3}), "3.000");
+    static_assert(!WritesWithDigits<double> && !WritesWithDigits<int> && WritesWithDigits<float>);
     EXPECT_EQ(number::string(1234567.875F, {.fractionDigits = 1}), "1234567.9") << "in no groups";
     EXPECT_EQ(number::string(0.015F, {.fractionDigits = 2}), "0.01") << "a float that is a little less";
     EXPECT_EQ(number::string(0.045F, {.fractionDigits = 2}), "0.05")

@@ -9,8 +9,6 @@
 
 #include <VorlanFoundation/Platform/Export.h>
 
-#include <numbers>
-
 namespace vorlan {
 
 /// A place on a plane.
@@ -54,8 +52,7 @@ public:
         bool clockwise = {}; ///< whether the way begins where y is greatest, otherwise where it is least
     };
 
-    explicit CircleMath(double radius) noexcept
-        : radius_(radius), diameter_(radius + radius), circleLength_(radius * (2 * std::numbers::pi)) {}
+    VORLAN_EXPORT explicit CircleMath(double radius) noexcept;
 
     double radius() const noexcept { return radius_; }
     double diameter() const noexcept { return diameter_; }

@@ -22,7 +22,8 @@
 
 /// Texts themselves are the keys of their translations. Files of tables are read once and again when they changed, which
 /// is noticed within some tenths of a second; one that cannot be read is told to the problem handler (Problems.h) and
-/// counts as empty, or keeps the texts that it had. Safe from any thread; lookups take no lock.
+/// counts as empty, or keeps the texts that it had. Safe from any thread. Lookups take no lock, but for a first one and
+/// that which finds a file changed: these read the file.
 namespace vorlan::text {
 
 /// Where a translation is looked for.

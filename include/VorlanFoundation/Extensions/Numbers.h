@@ -51,6 +51,10 @@ extern template VORLAN_EXPORT long double roundToPlaces(long double, std::int64_
 /// before the point, by the shortest digits that tell that number from other doubles, and zeros follow these. What is no
 /// number, and infinities, are written as `NumberFormatter` does. Makes a formatter of its own at every call.
 VORLAN_EXPORT std::string string(float value, FractionDigits digits);
+/// Numbers of other types are not narrowed unseen.
+template <class T>
+    requires(!std::same_as<T, float>)
+std::string string(T value, FractionDigits digits) = delete;
 
 /// Whether a number is not 0.
 template <std::signed_integral Integer>

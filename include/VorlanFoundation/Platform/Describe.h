@@ -66,6 +66,8 @@ std::string describe(const T& value) {
         return detail::repairedText(value.description());
     } else if constexpr (DescribedBeside<T>) {
         return detail::repairedText(description(value));
+    } else if constexpr (std::is_null_pointer_v<T>) {
+        return "nil";
     } else if constexpr (std::convertible_to<const T&, std::string_view>) {
         if constexpr (std::is_pointer_v<T>)
             if (value == nullptr) return "nil";

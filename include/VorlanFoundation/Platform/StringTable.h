@@ -93,18 +93,18 @@ public:
     /// The entry of a key, null when there is none; valid as long as the table is.
     const StringTableEntry* find(std::string_view key) const noexcept;
 
-    /// All keys, in alphabetical order.
+    /// All keys, in the order of their bytes.
     std::vector<std::string> keys() const;
 
     /// How many entries there are.
     std::size_t size() const noexcept { return entries_.size(); }
 
-    /// A key that the file says once more.
+    /// A key that a file in the text form says once more.
     struct Repetition {
         std::string key = {};
         TextPosition position = {}; ///< of the later one, whose text counts
     };
-    /// What the file says more than once, in its order.
+    /// What such a file says more than once, in its order.
     const std::vector<Repetition>& repetitions() const noexcept { return repetitions_; }
 
     /// Adds an entry, in place of that of the same key.

@@ -87,7 +87,8 @@ struct FormatCustom {
 ///
 /// Texts are as in C, whatever `setlocale` set, but that widths and the precision of a text count characters. With a
 /// locale, `%d %i %u`, `%f %e %g` in either case, and the numbers of `%@` have its digits, grouped as there, and no more
-/// than 340 behind the decimal point.
+/// than 340 behind the decimal point; they are rounded as `NumberFormatter` does, by the shortest digits that stand for
+/// them, where C goes by all that they hold.
 ///
 /// A format that does not fit its arguments does no harm. An argument of another kind is written by its own: `%d` of
 /// the text "a" is "a", `%d` of 1.5 is "1.5" and `%s` of 3 is "3". An integer is a number, too: `%.1f` of 3 is "3.0". `%c`
@@ -97,7 +98,8 @@ struct FormatCustom {
 ///
 /// A gap without an argument, or one that is not understood, is written as it stands in the format. Widths, precisions and
 /// numbers of arguments beyond 4096 are not understood; a `*` for which there is no such integer counts for nothing. The
-/// problem handler (Problems.h) is told of each such format once. Arguments that no gap is for are not missed.
+/// problem handler (Problems.h) is told of each such format once; where there are more than 500, perhaps again. Arguments
+/// that no gap is for are not missed.
 ///
 /// Safe from any thread. The result is always well-formed UTF-8: ill-formed bytes become U+FFFD.
 VORLAN_EXPORT std::string formatText(std::string_view format, std::span<const FormatArgument> arguments,

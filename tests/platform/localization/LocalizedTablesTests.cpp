@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/fsuid.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,7 +31,7 @@ namespace {
 class OrdinaryUser {
 public:
     explicit OrdinaryUser(const tests::TableTree& tree) {
-        for (auto folder = tree.folder("de"); folder != fs::temp_directory_path();
+        for (auto folder = tree.folder("de"); folder != tree.home().parent_path();
              folder = folder.parent_path())
             fs::permissions(folder, fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add);
         if (geteuid() == 0) setfsuid(nobody);
@@ -261,6 +262,35 @@ TEST_F(LocalizedTablesTest, FileThatMayNotBeReadKeepsTheFormerTexts) {
     ASSERT_EQ(problems_.count(), 1U);
     EXPECT_TRUE(problems_.take().ends_with(": Permission denied"));
     fs::permissions(file(), fs::perms::owner_read);
+    EXPECT_EQ(text(), "first");
+    EXPECT_EQ(problems_.count(), 0U);
+}
+
+// While it lives, the process may open nothing more.
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &former_);
+        auto none = former_;
+        none.rlim_cur = 0;
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &former_); }
+
+private:
+    rlimit former_{};
+};
+
+TEST_F(LocalizedTablesTest, ShortageThatKeepsAFileFromBeingReadPasses) {
+    put("first");
+    {
+        const NoDescriptors shortage;
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(text(), "none");
+    }
+    ASSERT_EQ(problems_.count(), 1U);
+    EXPECT_TRUE(problems_.take().ends_with(": Too many open files"));
     EXPECT_EQ(text(), "first");
     EXPECT_EQ(problems_.count(), 0U);
 }

@@ -100,6 +100,9 @@ TEST(PluralCategoryTest, LargeNumbersGoByTheirLastDigits) {
     EXPECT_EQ(of(9'223'372'036'854'775'801, "ru"), one);
     EXPECT_EQ(of(std::numeric_limits<std::int64_t>::min(), "ru"), many) << "ends in 08";
     EXPECT_EQ(pluralCategory(1e300, 0, Locale("en")), other);
+    for (const auto* language : {"fr", "es", "it", "pt"})
+        for (const double number : {1e6, 1e18, -1e18, 1e20})
+            EXPECT_EQ(pluralCategory(number, 0, Locale(language)), many) << language << " " << number;
 }
 
 TEST(PluralCategoryTest, ThreadsAskForSeveralLanguages) {

@@ -109,7 +109,7 @@ TEST(StringTablePluralsTest, ValueTypeIsHowPrintfWritesANumber) {
     };
     for (const auto* type : {"d", "i", "u", "ld", "lld", "lu", "llu", "zd", "x", "f", ".2f", "lf", "@"})
         EXPECT_EQ(errorFor(type), "no error") << type;
-    for (const auto* type : {"", "y", "d d", "d%d", "%", "*d", "#@n@", "s"})
+    for (const auto* type : {"", "y", "d d", "d%d", "%", "*d", "#@n@", "s", "c", "C", "p", "1$d"})
         EXPECT_EQ(errorFor(type),
                   "0:0: key \"k\": variable \"n\": \"" + std::string(type) + "\" formats no number");
 }

@@ -21,6 +21,7 @@ class TableTree {
 public:
     TableTree() { std::filesystem::create_directories(resources()); }
 
+    const std::filesystem::path& home() const { return home_.path(); }
     std::filesystem::path bundle() const { return home_.path() / "Notes.bundle"; }
     std::filesystem::path resources() const { return bundle() / "Resources"; }
 

@@ -317,3 +317,11 @@ TEST(TextSearchTest, PatternsThatTakeTooLongAreNotFound) {
     EXPECT_EQ(rangeOfText(repeated("ab", 2'000'000), "(a|b)*c", regularExpression), absent);
     EXPECT_EQ(rangeOfText(text, "a!", regularExpression), at(59, 2)) << "others are, before and after";
 }
+
+// Each would take minutes, and this case more time than it has.
+TEST(TextSearchTest, PatternsThatTryEachPlaceInVainAreGivenUp) {
+    const auto text = repeated("a", 1'000'000);
+    const auto pattern = repeated("a", 100'000) + "b";
+    EXPECT_EQ(rangeOfText(text, pattern, regularExpression), absent);
+    EXPECT_EQ(rangeOfText(text, pattern, regularExpression | caseInsensitive), absent);
+}

@@ -53,6 +53,7 @@ TEST(Describe, BooleansTextsAndAbsentValues) {
     EXPECT_EQ(describe("text"), "text");
     EXPECT_EQ(describe(std::string_view("te\0xt", 5)), std::string("te\0xt", 5));
     EXPECT_EQ(describe(static_cast<const char*>(nullptr)), "nil");
+    EXPECT_EQ(describe(nullptr), "nil");
     EXPECT_EQ(describe(std::optional<int>(3)), "3");
     EXPECT_EQ(describe(std::optional<int>()), "nil");
     EXPECT_EQ(describe(std::shared_ptr<Plain>()), "nil");

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace vorlan {
 namespace {
@@ -49,6 +51,22 @@ TEST(PerThreadTest, IsNullForWhatTheThreadDestroysLater) {
         EXPECT_NE(PerThread<Counted>::get(), nullptr);
     }).join();
     EXPECT_EQ(found, nullptr);
+}
+
+struct FailsAtFirst {
+    FailsAtFirst() {
+        if (std::exchange(mustFail, false)) throw std::runtime_error("no more room");
+    }
+
+    static inline bool mustFail = false;
+};
+
+TEST(PerThreadTest, ObjectThatCouldNotBeMadeIsTriedAgain) {
+    FailsAtFirst::mustFail = true;
+    std::thread([] {
+        EXPECT_THROW(PerThread<FailsAtFirst>::get(), std::runtime_error);
+        EXPECT_NE(PerThread<FailsAtFirst>::get(), nullptr);
+    }).join();
 }
 
 } // namespace
