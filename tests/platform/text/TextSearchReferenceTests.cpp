@@ -287,14 +287,24 @@ TEST(TextSearchReferenceTest, PartsOfTheSameLettersAreFoundAsByTryingAll) {
     });
 }
 
-// Long ones are folded and searched part by part.
+// Long ones are searched part by part, folded or as they stand.
 TEST(TextSearchReferenceTest, LongTextsAreSearchedAsShortOnes) {
-    expectAsByModel(
-        caseInsensitive, letters,
-        [](std::string_view needle, std::string_view text) {
-            return partsThatAre(needle, text, /*ignoresCase=*/true);
-        },
-        1000, 60);
+    const auto exactParts = [](std::string_view needle, std::string_view text) {
+        return partsThatAre(needle, text, /*ignoresCase=*/false);
+    };
+    const auto parts = [](std::string_view needle, std::string_view text) {
+        return partsThatAre(needle, text, /*ignoresCase=*/true);
+    };
+    expectAsByModel(caseInsensitive, letters, parts, 1000, 60);
+    // Of two letters, the second is rare, so that it is found early, late and not at all.
+    const auto rare = [](std::string_view usual, std::string_view seldom) {
+        Alphabet alphabet(700, usual);
+        alphabet.push_back(seldom);
+        return alphabet;
+    };
+    expectAsByModel(caseInsensitive, rare("a", "B"), parts, 3000, 15);
+    expectAsByModel(none, rare("é", "x\u0301"), exactParts, 1500, 15);
+    expectAsByModel(none, rare("é", "e\u0301"), exactParts, 1500, 15);
 }
 
 TEST(TextSearchReferenceTest, SameBytesAreFoundAsByTheStandardLibrary) {
