@@ -4,6 +4,7 @@
 Usage: StringsToolTests.py PROGRAM COMPLETION [unittest arguments]
 """
 
+import errno
 import json
 import os
 import pathlib
@@ -195,6 +196,20 @@ class Findings(InFolder):
         self.bundle({"de.lproj/T.strings": table(b="%d", c="c"), "de.lproj/T.stringsdict": {}, "en.lproj/T.strings": "{"})
         self.assertEqual([line.split(": ")[0] for line in self.check("b", status=1)], ["b/en.lproj/T.strings:1:2"])
 
+    def test_hidden_files_are_no_tables(self):
+        self.bundle({"en.lproj/T.strings": table(a="a"), "en.lproj/._T.strings": b"\x00\x05\x16\x07",
+                     "en.lproj/.#T.stringsdict": "wrong", "Base.lproj/._T.strings": "wrong"})
+        self.assertEqual(self.check("b", "--strict"), [])
+        self.assertEqual(self.tool("list", "b"), "Base\nen\tT\t1\n")
+
+    def test_a_loop_of_links_is_told_in_a_few_words(self):
+        self.bundle({"en.lproj/T.strings": table(a="a")})
+        (self.folder / "b/en.lproj/Loop.strings").symlink_to("Loop.strings")
+        reason = os.strerror(errno.ELOOP)
+        self.assertEqual(self.check("b", status=1), [f"b/en.lproj/Loop.strings: error: cannot be read: {reason}"])
+        self.assertEqual(self.tool("print", "b/en.lproj/Loop.strings", status=2)[1],
+                         f"vorlan-strings: cannot read 'b/en.lproj/Loop.strings': {reason}\n")
+
     def test_what_is_no_file_is_not_waited_for(self):
         self.bundle({"en.lproj/T.strings": table(a="a")})
         os.mkfifo(self.folder / "b/en.lproj/Pipe.strings")
@@ -248,6 +263,23 @@ class Formats(InFolder):
         self.assertEqual(severities, [("de", "a", "warning"), ("de", "c", "error"), ("de", "d", "warning"),
                                       ("de", "d", "warning"), ("en", "a", "warning"), ("en", "b", "warning")])
 
+    def test_gaps_that_may_be_chance_are_no_errors_but_others_are(self):
+        doubtful = [("100% done", "100% fertig"), ("50% off", "50% Rabatt"), ("100% free", "100% kostenlos"),
+                    ("Battery at 10% and", "Akku bei 10% und"), ("%20doc", "%20Dok"), ("%20doc", "%20album"),
+                    ("http://a/b%20a", "http://a/b%20b"), ("http://a/%c3%a4", "http://a/a")]
+        certain = [("%d done", "% fertig"), ("%02d:%02d", "%02d"), ("%10d", "%10f"), ("%@", "%20doc"),
+                   ("%dcm", "%fcm"), ("%-d", "%+f")]
+        files = plural("%#@n@", n=variable(one="% d file", other="% d files"))
+        pairs = {f"{severity}{index}": pair for severity, group in (("warning", doubtful), ("error", certain))
+                 for index, pair in enumerate(group)}
+        for language, side in ("en", 0), ("de", 1):
+            self.bundle({f"{language}.lproj/T.strings": {key: pair[side] for key, pair in pairs.items()}})
+        self.bundle({"en.lproj/P.stringsdict": {"error": files}, "de.lproj/P.strings": table(error="% f"),
+                     "de.lproj/P.stringsdict": {"error": plural("%#@n@ %@", n=variable(one="1", other="% d"))}})
+        findings = json.loads(self.tool("check", "b", "--json", status=1))
+        told = {finding["key"]: finding["severity"] for finding in findings if finding["language"] == "de"}
+        self.assertEqual(told, {key: key.rstrip("0123456789") for key in (*pairs, "error")})
+
     def test_variables_and_their_forms_take_the_same(self):
         def files(text="%#@n@", kind="d", one="one", other="%d"):
             return plural(text, n=variable(kind, one=one, other=other))
@@ -257,9 +289,13 @@ class Formats(InFolder):
 
         same = [(files(), files(kind="lld")), (files(other="no number"), files()),
                 (files("%#@n@ in %@"), files("%2$@: %1$#@n@")), (files(one="%d %2$@", other="%d %2$@"), files("%#@n@ %@")),
+                (files("%1$#@n@%3$@", one="a file", other="%2$@ has %1$d files"),
+                 files("%1$#@n@%3$@", one="%2$@", other="%1$d %2$@")),
+                (files("%#@n@ %@", one="one", other="%d of %2$@"), files("%#@n@ %@", other="%d")),
                 (two("%#@a@ %#@b@"), two("%2$#@b@ %1$#@a@")), (files(kind=".1f", one="%.1f", other="%f"),) * 2]
         different = [(files(), files(kind="f", other="%f", one="1")), (files("%#@n@ in %@"), files()),
-                     (files(), files(one="one %2$@")), (files(), files(other="%s")),
+                     (files(), files(one="one %2$@")), (files("%#@n@ %@"), files(one="one", other="%d %@")),
+                     (files("%#@n@ %@"), files(one="%2$d", other="%d %2$@")), (files(), files(other="%s")),
                      (two("%#@a@ %#@b@"), two("%#@c@ %#@d@", "c", "d")), (files(), files("%2$#@n@"))]
         found = self.findings(same + different, name="T.stringsdict")
         wrong = [found.pop(("de", index + len(same)), None) for index in range(len(different))]
@@ -267,6 +303,8 @@ class Formats(InFolder):
         self.assertEqual(wrong, [
             ['takes (number), in "en" (integer)'], ['takes (integer), in "en" (integer, any)'],
             ['the form "one" of "n" takes (2: any) beside its number, the form "other" nothing'],
+            ['the form "one" of "n" takes nothing beside its number, the form "other" (2: any)'],
+            ['the form "one" of "n" takes (2: integer) beside its number, the form "other" (2: any)'],
             ["argument 1 is both integer and text"], ['has the variables (c, d), in "en" (a, b)'],
             ['takes (2: integer), in "en" (integer)']])
 
@@ -302,8 +340,10 @@ class PluralForms(InFolder):
         self.assertEqual(self.remarks("ja"), [])
         self.assertEqual(self.remarks("ja", "zero", "one"), ["has one no number"])
         self.assertEqual(self.remarks("ar", "one", "many"), ["lacks few 3", "lacks two 2", "lacks zero 0"])
-        self.assertEqual(self.remarks("fr", "one"), ["lacks many 1000000"])
-        self.assertEqual(self.remarks("pt-BR", "one", "many"), [])
+        for language in "es", "fr", "it", "pt-BR":
+            self.assertEqual(self.remarks(language, "one"), [], "only a million and the like choose another")
+            self.assertEqual(self.remarks(language, "one", "many"), [])
+        self.assertEqual(self.remarks("fr", "one", kind="f"), [])
         self.assertEqual(self.remarks("zh-Hant"), [])
 
     def test_numbers_with_decimals_choose_forms_too(self):
@@ -312,8 +352,26 @@ class PluralForms(InFolder):
         self.assertEqual(self.remarks("cs", "one", "few", kind=".1f"), ["lacks many 0.0"])
         self.assertEqual(self.remarks("lv", "zero", kind="@"), ["lacks one 1"])
 
+    def test_a_text_that_lost_its_plurals_is_told(self):
+        files = {"k": plural(n=variable(one="one", other="%d"))}
+        self.bundle({"en.lproj/T.stringsdict": files, **{f"{language}.lproj/T.strings": table(k="%d")
+                                                         for language in ("de", "ja", "German", "ar")}})
+        self.assertEqual(self.check("b"), [
+            'b/ar.lproj/T.strings:1:1: warning: "k": has no plural forms, which "ar" needs for 0',
+            'b/de.lproj/T.strings:1:1: warning: "k": has no plural forms, which "de" needs for 1'])
+        self.assertEqual({finding["kind"] for finding in json.loads(self.tool("check", "b", "--json"))}, {"missing-form"})
+        self.bundle({"ar.lproj/T.stringsdict": "<plist>", "de.lproj/T.stringsdict": files})
+        finding, = self.check("b", status=1)
+        self.assertTrue(finding.startswith("b/ar.lproj/T.stringsdict: error: "), "it may have the forms")
+
+    def test_names_that_are_no_codes_of_languages_have_no_rules(self):
+        for language in "English", "Simplified Chinese", "POSIX":
+            self.assertEqual(self.remarks(language, "one", "few"), [])
+        self.assertEqual(self.remarks("fil", "few"), ["has few no number", "lacks one 0"])
+
     def test_base_is_in_the_language_of_the_region(self):
         self.assertEqual(self.remarks("Base"), [])
+        self.assertEqual(self.remarks("Base", region="English"), [])
         self.assertEqual(self.remarks("Base", region="en_US"), ["lacks one 1"])
 
 
@@ -349,6 +407,14 @@ class BaseLanguages(InFolder):
         for words in ("--table", "A"), ("--table=A",):
             self.assertEqual(self.check("b", *words, status=1),
                              ['b/de.lproj/A.strings:1:1: error: "a": takes (any), in "en" (integer)'])
+
+    def test_a_table_alone_is_compared_with_the_same_base(self):
+        self.bundle({"Base.lproj/B.strings": "", "en.lproj/A.strings": table(a="%d"), "en.lproj/B.strings": "",
+                     "de.lproj/A.strings": table(a="%@"), "de.lproj/B.strings": ""})
+        for options, status in ((), 0), (("--base", "en"), 1):
+            lines = self.check("b", *options, status=status)
+            self.assertEqual(len(lines), 2)
+            self.assertEqual(self.check("b", "--table", "A", *options, status=status), lines)
 
 
 class Printing(InFolder):

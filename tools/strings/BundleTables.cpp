@@ -27,8 +27,11 @@ namespace {
 constexpr std::string_view pluralsExtension = ".stringsdict";
 
 std::vector<char> readFile(const fs::path& path) {
+    std::error_code error;
+    const auto status = fs::status(path, error);
+    if (error) throw std::system_error(error);
     // A pipe would be waited for.
-    if (fs::exists(path) && !fs::is_regular_file(path)) throw std::runtime_error("it is no regular file");
+    if (!fs::is_regular_file(status)) throw std::runtime_error("it is no regular file");
     std::ifstream file(path, std::ios::binary);
     if (!file) throw std::system_error(errno, std::generic_category());
     return {std::istreambuf_iterator(file), {}};
@@ -60,14 +63,14 @@ public:
             readLanguage(language, resources / (language + ".lproj"));
         if (tables_.languages.empty())
             throw BundleError("the bundle " + inQuotes(given_.native()) + " has no folder of a language");
-        if (onlyTable_ && !hasTables())
+        if (onlyTable_ && !isTableThere())
             throw BundleError("the bundle " + inQuotes(given_.native()) + " has no table " +
                               inQuotes(*onlyTable_));
         return std::move(tables_);
     }
 
 private:
-    bool hasTables() const {
+    bool isTableThere() const {
         return std::ranges::any_of(tables_.languages,
                                    [](const auto& language) { return !language.tables.empty(); });
     }
@@ -76,13 +79,17 @@ private:
         tables_.languages.push_back({language, folder.native(), {}});
         for (const auto& entry : fs::directory_iterator(folder)) {
             const auto extension = entry.path().extension();
-            if (extension == ".strings" || extension == pluralsExtension)
+            if ((extension == ".strings" || extension == pluralsExtension) && !isHidden(entry.path()))
                 readFileOf(tables_.languages.back(), entry.path());
         }
     }
 
+    // As what editors and other systems leave beside a table.
+    static bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
+
     void readFileOf(LanguageTables& language, const fs::path& path) {
         const auto name = path.stem().native();
+        language.hasTables = true;
         if (onlyTable_ && name != *onlyTable_) return;
         auto& table = language.tables[name];
         auto& file = path.extension() == pluralsExtension ? table.plurals : table.strings;

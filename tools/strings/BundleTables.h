@@ -44,7 +44,8 @@ struct Table {
 struct LanguageTables {
     std::string language;
     std::string path;
-    std::map<std::string, Table> tables;
+    std::map<std::string, Table> tables; ///< Those that are wanted.
+    bool hasTables = false;              ///< Wanted ones or others.
 };
 
 struct BundleTables {

@@ -4,6 +4,8 @@
 #include "tools/strings/EntryChecking.h"
 #include "tools/support/Quoting.h"
 
+#include <VorlanFoundation/Platform/Locale.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -37,6 +39,11 @@ struct Subject {
     const PluralForms* forms;
 };
 
+bool hasPlurals(const LanguageTables& language) {
+    return std::ranges::any_of(language.tables,
+                               [](const auto& named) { return named.second.plurals.has_value(); });
+}
+
 class Checker {
 public:
     Checker(const BundleTables& bundle, const LanguageTables& base)
@@ -49,10 +56,10 @@ public:
 
 private:
     void checkLanguage(const LanguageTables& language) {
-        const bool hasPlurals = std::ranges::any_of(
-            language.tables, [](const auto& named) { return named.second.plurals.has_value(); });
         const auto spoken = spokenIn(language);
-        const auto forms = hasPlurals && spoken ? std::optional(pluralForms(*spoken)) : std::nullopt;
+        const auto forms = spoken && (hasPlurals(language) || hasPlurals(base_))
+                               ? std::optional(pluralForms(*spoken))
+                               : std::nullopt;
         for (const auto& [name, table] : language.tables)
             checkTable({language, name, table, forms ? &*forms : nullptr});
         noteMissingTables(language);
@@ -60,7 +67,7 @@ private:
 
     // A "Base" that has none is there for other resources.
     void noteMissingTables(const LanguageTables& language) {
-        if (language.language == nameOfBase && language.tables.empty()) return;
+        if (language.language == nameOfBase && !language.hasTables) return;
         for (const auto& [name, table] : base_.tables)
             if (!language.tables.contains(name))
                 findings_.push_back({.path = language.path,
@@ -72,9 +79,12 @@ private:
                                                 quotedText(base_.language) + " is missing"});
     }
 
-    // The texts of "Base" are in the language that the application is made in.
+    // The texts of "Base" are in the language that the application is made in. Absent where that is no code of a
+    // language, which has two or three letters: as "English".
     std::optional<std::string> spokenIn(const LanguageTables& language) const {
-        return language.language == nameOfBase ? bundle_.developmentRegion : language.language;
+        const auto name = language.language == nameOfBase ? bundle_.developmentRegion : language.language;
+        const auto code = name ? vorlan::Locale(*name).languageCode() : std::nullopt;
+        return code && code->size() <= 3 ? name : std::nullopt;
     }
 
     void checkTable(const Subject& subject) {
@@ -127,8 +137,11 @@ private:
         const auto append = [&remarks](std::vector<Remark> more) {
             std::ranges::move(more, std::back_inserter(remarks));
         };
+        // What could not be read may have the plural forms.
+        const bool isWhole = subject.table.isWhole;
         if (subject.forms != nullptr)
-            append(remarksOnForms(entry, *subject.forms, *spokenIn(subject.language)));
+            append(remarksOnForms(entry, source && isWhole ? &source->entry : nullptr, *subject.forms,
+                                  *spokenIn(subject.language)));
         if (source) {
             append(remarksOnTranslation(entry, source->entry, base_.language));
         } else if (original != nullptr && original->isWhole) {
@@ -162,7 +175,7 @@ const LanguageTables& baseLanguage(const BundleTables& bundle, const std::option
         throw BundleError("there is no folder of the base language " + inQuotes(*wanted));
     }
     const auto* const base = findLanguage(bundle, nameOfBase);
-    if (base != nullptr && !base->tables.empty()) return *base;
+    if (base != nullptr && base->hasTables) return *base;
     if (bundle.developmentRegion)
         if (const auto* language = findRegion(bundle, *bundle.developmentRegion)) return *language;
     if (const auto* language = findLanguage(bundle, "en")) return *language;

@@ -5,6 +5,7 @@
 #include "tools/support/Quoting.h"
 
 #include <algorithm>
+#include <cctype>
 #include <utility>
 
 namespace tool {
@@ -33,15 +34,30 @@ bool isNumbered(std::string_view gap) {
     return end != std::string_view::npos && end > 1 && gap[end] == '$';
 }
 
+// Whether a text begins like a printable character in an address, as in "%20". Two letters are none, as in "%dcm", nor
+// is what is a whole number in any format, as in "%2d".
+bool isEscape(std::string_view text) {
+    const auto is = [](int (*isOfKind)(int), char c) { return isOfKind(static_cast<unsigned char>(c)) != 0; };
+    return text.size() > 2 && text[0] == '%' && is(std::isxdigit, text[1]) && text[1] >= '2' &&
+           is(std::isxdigit, text[2]) && text[2] != 'd' &&
+           (is(std::isdigit, text[1]) || is(std::isdigit, text[2]));
+}
+
+// Whether a gap may be none: with the blank flag, as in "50% off", or as in an address.
+bool mayBeChance(const FormatDirective& gap, std::string_view text) {
+    return text.substr(gap.offset, gap.length).find(' ') != std::string_view::npos ||
+           isEscape(text.substr(gap.offset));
+}
+
 class ShapeReader {
 public:
     explicit ShapeReader(const StringTableEntry& entry) : entry_(entry) {}
 
     FormatShape read() {
-        noteUnknown(entry_.text);
+        examine(entry_.text);
         for (const auto& [name, variable] : entry_.variables)
             for (const auto& form : variable.forms)
-                if (form) noteUnknown(*form);
+                if (form) examine(*form);
         take(entry_.text, 0, shape_.arguments);
         return std::move(shape_);
     }
@@ -50,11 +66,16 @@ private:
     // Of variables that name others: as the library fills them.
     static constexpr std::size_t mostForms = 256;
 
-    void noteUnknown(std::string_view text) {
-        for (const auto& gap : vorlan::formatDirectives(text))
-            if (gap.kind == Kind::unknown)
+    // A text with variables is a format for certain.
+    void examine(std::string_view text) {
+        for (const auto& gap : vorlan::formatDirectives(text)) {
+            const bool isUnknown = gap.kind == Kind::unknown;
+            if (isUnknown)
                 note(unknownDirective,
                      quotedText(text.substr(gap.offset, gap.length)) + " is no directive of a format");
+            if (isUnknown || (entry_.variables.empty() && mayBeChance(gap, text)))
+                shape_.mayBeNoFormat = true;
+        }
     }
 
     // The first gap without a number is for the argument `own`, unless that is 0; gaps of variables are not.
@@ -89,37 +110,44 @@ private:
         const auto others = formsBeside(found->second, number, kind);
         FormatArguments ofOther{{number, kind}};
         take(*found->second.forms[categoryOfOther], number, ofOther);
-        for (const auto& [category, taken] : others) compare(name, category, taken, ofOther, number);
+        for (const auto& form : others) compare(name, form, ofOther, number);
         for (const auto& [argument, taken] : ofOther) add(argument, taken, arguments);
     }
 
     static constexpr auto categoryOfOther = static_cast<std::size_t>(PluralCategory::other);
 
-    using Taken = std::vector<std::pair<std::size_t, FormatArguments>>;
+    // A form with what it takes, and with the argument that comes behind it.
+    struct TakenForm {
+        std::size_t category;
+        FormatArguments arguments;
+        std::size_t next = 0;
+    };
 
-    // What the forms but `other` take, by category. They begin with the same argument as that.
-    Taken formsBeside(const PluralVariable& variable, std::size_t number, Kind kind) {
+    // The forms but `other`. They begin with the same argument as that.
+    std::vector<TakenForm> formsBeside(const PluralVariable& variable, std::size_t number, Kind kind) {
         const auto next = next_;
         isWithinForm_ = true;
-        Taken forms;
+        std::vector<TakenForm> forms;
         for (std::size_t category = 0; category < categoryOfOther; ++category) {
             if (!variable.forms[category]) continue;
-            forms.emplace_back(category, FormatArguments{{number, kind}});
-            take(*variable.forms[category], number, forms.back().second);
-            next_ = next;
+            TakenForm form{category, {{number, kind}}};
+            take(*variable.forms[category], number, form.arguments);
+            form.next = std::exchange(next_, next);
+            forms.push_back(std::move(form));
         }
         isWithinForm_ = false;
         return forms;
     }
 
-    void compare(const std::string& name, std::size_t category, FormatArguments form, FormatArguments other,
-                 std::size_t number) {
-        form.erase(number);
+    // A form may leave out what `other` takes by number: that shifts no argument behind it.
+    void compare(const std::string& name, TakenForm form, FormatArguments other, std::size_t number) {
+        form.arguments.erase(number);
         other.erase(number);
-        if (form == other) return;
-        note("format", "the form " + quotedText(categoryName(category)) + " of " + quotedText(name) +
-                           " takes " + describedArguments(form) + " beside its number, the form \"other\" " +
-                           describedArguments(other));
+        const bool isWithin = form.next == next_ && std::ranges::includes(other, form.arguments);
+        if (isWithin || form.arguments == other) return;
+        note("format", "the form " + quotedText(categoryName(form.category)) + " of " + quotedText(name) +
+                           " takes " + describedArguments(form.arguments) +
+                           " beside its number, the form \"other\" " + describedArguments(other));
     }
 
     // Another gap for the same argument may be for anything.

@@ -30,10 +30,12 @@ struct Misfit {
 struct FormatShape {
     FormatArguments arguments;
     std::vector<Misfit> misfits;
+    /// Whether a percent sign begins no gap, or one that may be chance: as in "100%", "50% off" and "a%20day".
+    bool mayBeNoFormat = false;
 };
 
 /// The arguments that an entry takes; with plural variables, those of the forms `other`, which all others must take
-/// too but for the number that chooses them.
+/// too but for the number that chooses them, and for what is taken by number.
 FormatShape formatShape(const vorlan::StringTableEntry& entry);
 
 /// What the number of a variable is to be.

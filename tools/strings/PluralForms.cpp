@@ -38,8 +38,9 @@ PluralForms pluralForms(const std::string& language) {
     const Locale locale(identifier);
     PluralForms forms;
     for (std::int64_t number = 0; number <= 200; ++number) noteInteger(forms, number, locale);
-    for (const std::int64_t number : {1'000, 1'000'000, 1'000'001, 2'000'000})
-        noteInteger(forms, number, locale);
+    noteInteger(forms, 1'000, locale);
+    for (const std::int64_t number : {1'000'000, 1'000'001, 2'000'000})
+        note(forms.byLargeNumbers, pluralCategory(number, locale), std::to_string(number));
     for (int tenths = 0; tenths <= 250; ++tenths) noteNumber(forms, tenths / 10.0, 1, locale);
     for (int hundredths = 0; hundredths <= 250; ++hundredths)
         noteNumber(forms, hundredths / 100.0, 2, locale);

@@ -18,8 +18,9 @@ using ChoosingNumbers = std::array<std::optional<std::string>, vorlan::pluralCat
 
 /// The plural forms of a language, as sample numbers choose them.
 struct PluralForms {
-    ChoosingNumbers byIntegers;
-    ChoosingNumbers byNumbers; ///< Integers, and those with digits behind the decimal point.
+    ChoosingNumbers byIntegers;     ///< Below a million.
+    ChoosingNumbers byNumbers;      ///< These, and such with digits behind the decimal point.
+    ChoosingNumbers byLargeNumbers; ///< Integers from a million on.
 };
 
 /// Those of the language that a folder is named after, as in "de" or "pt-BR".

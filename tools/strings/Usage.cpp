@@ -38,8 +38,10 @@ without LINE and COLUMN where they are not known, as in property lists.
                 begin no gap where the base language has none
   Warnings are  tables and keys that a language lacks, or that only it has; repeated keys;
                 other variables than in the base language; plural forms that the language
-                needs and that are missing, and forms that it never uses; percent
-                signs that begin no gap, as in 100%, which only a format has as 100%%
+                needs for numbers below a million and that are missing, and forms that it
+                never uses; percent signs that begin no gap, as in 100%, which only a
+                format has as 100%%; other arguments than in the base language where that
+                may have none, as in 50% off and a%20day
 
   --base LANGUAGE   what to compare with, instead of Base, if that has tables, or else the
                     bundle's CFBundleDevelopmentRegion, or else en
