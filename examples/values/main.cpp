@@ -41,7 +41,10 @@ enum class PanelAction { open, close };
 
 struct Panel : Actionable<Panel, PanelAction> {
     void press(PanelAction key) const {
-        if (const auto action = actions.find(key); action != actions.end()) action->second();
+        if (const auto action = actions.find(key); action != actions.end()) {
+            const auto run = action->second; // a copy, as an action may put another in its own place
+            run();
+        }
     }
     Actions actions;
 };

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <forward_list>
 #include <functional>
 #include <limits>
@@ -60,6 +61,30 @@ struct Suit : Membership<Suit> {
 };
 
 struct Silent : Membership<Silent> {};
+
+// Whose functions have the names of ours, and are not asked.
+namespace host {
+
+struct Mark {
+    int number = 0;
+    friend bool operator==(const Mark&, const Mark&) = default;
+};
+template <class... T>
+void isOne(const T&...) = delete;
+template <class... T>
+void contains(const T&...) = delete;
+template <class... T>
+void containsOne(const T&...) = delete;
+template <class... T>
+void areEqual(const T&...) = delete;
+template <class... T>
+void elementsOf(T&...) = delete;
+template <class... T>
+void viewOf(const T&...) = delete;
+template <class... T>
+void isEqualToContent(const T&...) = delete;
+
+} // namespace host
 
 template <class T>
 concept ComparesItself = requires(const T& value) { value == value; };
@@ -185,6 +210,57 @@ TEST(CollectionsTest, TextsAreComparedByTheirLettersHoweverTheyAreKept) {
     EXPECT_TRUE(isOne(static_cast<const char*>(nullptr), {.of = {""}}));
 }
 
+TEST(CollectionsTest, NullTextIsEmptyWhateverItIsComparedWith) {
+    const char* const none = nullptr;
+    const std::vector texts{none, "a"};
+    EXPECT_TRUE(isOne(std::optional(std::string()), texts));
+    EXPECT_TRUE(isOne(std::optional(none), std::vector{std::string()}));
+    EXPECT_TRUE(isOne(std::optional(none), {.of = {"a", ""}}));
+    EXPECT_TRUE(except(std::optional<std::string>(), texts)) << "there is none, not an empty one";
+    EXPECT_TRUE(isOne(std::filesystem::path(), texts));
+    EXPECT_TRUE(isOne("a", std::vector{std::filesystem::path("b"), std::filesystem::path("a")}));
+    EXPECT_TRUE(isOne(none, std::vector{std::filesystem::path()}));
+}
+
+TEST(CollectionsTest, OptionalsAreComparedByWhatTheyHold) {
+    const std::string text = "b";
+    EXPECT_TRUE(isOne(std::optional(text.c_str()), {.of = {"a", "b"}}));
+    EXPECT_TRUE(isOne(text, std::vector{std::optional<const char*>(), std::optional("b")}));
+    EXPECT_TRUE(isOne(std::optional<int>(), {.of = {1, std::nullopt}}));
+    EXPECT_FALSE(isOne(std::optional<int>(), std::vector{std::optional(0L)}));
+    EXPECT_FALSE(isOne(std::optional(-1), std::vector{std::optional(4294967295U)}));
+    EXPECT_TRUE(isOne(std::nullopt, std::vector{std::optional<int>()}));
+}
+
+TEST(CollectionsTest, TextsOfWideLettersAreNotComparedByAddress) {
+    static_assert(!detail::ComparableForEquality<const wchar_t*, wchar_t*>);
+    static_assert(!detail::ComparableForEquality<const char8_t(&)[3], const char8_t*>);
+    static_assert(!detail::ComparableForEquality<const char16_t*, const char16_t*>);
+    static_assert(!detail::ComparableForEquality<const char32_t*, const char32_t*>);
+    EXPECT_TRUE(isOne(std::wstring(L"b"), std::vector{L"a", L"b"}));
+}
+
+TEST(CollectionsTest, IntegersAreComparedByTheirNumbers) {
+    EXPECT_TRUE(isOne(std::size_t{3}, std::vector{1, 3}));
+    EXPECT_FALSE(isOne(-1, std::vector{4294967295U}));
+    EXPECT_FALSE(containsOne(std::vector{4294967295U}, std::vector{-1}));
+    EXPECT_TRUE(except(std::uint8_t{255}, std::vector{std::int8_t{-1}}));
+    EXPECT_TRUE(isOne('a', std::vector{97})) << "letters stand for numbers, as in the language";
+}
+
+TEST(CollectionsTest, FunctionsOfAHostAreNotMistakenForOurs) {
+    const host::Mark mark{2};
+    const std::vector marks{host::Mark{1}, host::Mark{2}};
+    EXPECT_TRUE(vorlan::isOne(mark, {.of = {host::Mark{2}}}));
+    EXPECT_TRUE(vorlan::isOne(mark, marks));
+    EXPECT_FALSE(vorlan::except(mark, {.of = {host::Mark{2}}}));
+    EXPECT_FALSE(vorlan::except(mark, marks));
+    EXPECT_TRUE(vorlan::containsOne(marks, {.of = {host::Mark{2}}}));
+    EXPECT_TRUE(vorlan::containsOne(marks, marks));
+    EXPECT_TRUE(vorlan::isOne(std::optional(mark), marks));
+    EXPECT_TRUE(vorlan::isOne<host::Mark>(mark));
+}
+
 TEST(CollectionsTest, ZeroBehindALiteralIsNoneOfItsLetters) {
     EXPECT_TRUE(isOne('e', "aeiou"));
     EXPECT_FALSE(isOne('\0', "aeiou"));
@@ -228,6 +304,8 @@ TEST(CollectionsTest, PointersStandForTheirObjects) {
     EXPECT_TRUE(isOne<Coin>(unique));
     EXPECT_FALSE(isOne<Shape>(std::shared_ptr<Shape>()));
     EXPECT_FALSE(isOne<Shape>(static_cast<const Shape*>(nullptr)));
+    static_assert(detail::ObjectClass<const Circle> && !detail::ObjectClass<const std::shared_ptr<Circle>> &&
+                  !detail::ObjectClass<Circle*>);
 }
 
 TEST(CollectionsTest, ClassesWithoutVirtualsAreKnownByDeclaration) {

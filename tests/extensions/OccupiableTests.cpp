@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <ranges>
 #include <set>
 #include <span>
 #include <string>
@@ -35,6 +36,19 @@ struct Basket {
     static bool isEmpty() { return false; }
     static bool empty() { return true; }
 };
+
+// Whose functions have the names of ours, and are not asked.
+namespace host {
+
+struct Box {
+    static bool isEmpty() { return true; }
+};
+template <class T>
+bool isEmpty(const T&) = delete;
+template <class T>
+bool isNilOrEmpty(const T&) = delete;
+
+} // namespace host
 
 struct Emptied {
     void empty() {}
@@ -71,9 +85,16 @@ TEST(OccupiableTest, TypesOfAHostSayItThemselves) {
     EXPECT_NE(Playlist(1), Playlist(2)) << "whose comparison is as it was defaulted";
 }
 
+TEST(OccupiableTest, FunctionsOfAHostAreNotMistakenForOurs) {
+    EXPECT_FALSE(vorlan::isNotEmpty(host::Box()));
+    EXPECT_TRUE(vorlan::isNilOrEmpty(std::optional<host::Box>()));
+    EXPECT_FALSE(vorlan::isNotNilNotEmpty(std::optional(host::Box())));
+}
+
 TEST(OccupiableTest, OtherTypesAreNotOccupiable) {
     static_assert(areOccupiable<std::string, const std::string, std::vector<int>, Playlist, Basket>);
     static_assert(!Occupiable<int> && !Occupiable<Emptied> && !Occupiable<std::optional<std::string>>);
+    static_assert(!Occupiable<decltype(std::vector<int>() | std::views::filter([](int) { return true; }))>);
     static_assert(!OccupiableOptional<std::optional<int>> && !OccupiableOptional<int*>);
     static_assert(!OccupiableOptional<std::string> && !OccupiableOptional<std::string[3]>);
 }
@@ -104,6 +125,13 @@ TEST(OccupiableTest, PointersAreNilOrEmpty) {
     EXPECT_TRUE(isNilOrEmpty(std::shared_ptr<Playlist>()));
     EXPECT_TRUE(isNilOrEmpty(std::make_shared<Playlist>()));
     EXPECT_TRUE(isNotNilNotEmpty(std::make_unique<Playlist>(1)));
+}
+
+TEST(OccupiableTest, TextsOfCSayWhetherTheyAreEmpty) {
+    const char* const none = nullptr;
+    EXPECT_TRUE(isEmpty(none));
+    EXPECT_FALSE(isNotEmpty(none));
+    static_assert(isEmpty("") && isNotEmpty("a") && !isEmpty("a") && !isNotEmpty(""));
 }
 
 TEST(OccupiableTest, TextsOfCAreNilOrEmpty) {

@@ -22,6 +22,8 @@ struct Label : Then<Label> {
     friend auto operator<=>(const Label&, const Label&) = default;
 };
 
+struct Link : Label {};
+
 class Window : public Object, public Then<Window> {
 public:
     int width = 0;
@@ -38,6 +40,8 @@ struct Plain {
 template <class T>
 concept HasThen = requires(T object) { object.then([](auto&) {}); };
 template <class T>
+concept TakesWith = requires(const T& value) { with(value, [](auto&) {}); };
+template <class T>
 concept TakesThen = requires(T object) { then(object, [](auto&) {}); };
 
 } // namespace
@@ -49,6 +53,7 @@ TEST(ThenTest, WithChangesACopy) {
     EXPECT_EQ(base, (std::vector{1, 2}));
     static_assert(std::is_same_v<decltype(with(base, [](auto&) {})), std::vector<int>>);
     static_assert(with(1, [](int& number) { number += 1; }) == 2);
+    static_assert(TakesWith<Label> && !TakesWith<Window>);
 }
 
 TEST(ThenTest, WithMovesWhatIsTemporary) {
@@ -132,6 +137,19 @@ TEST(ThenTest, ObjectsHandThemselvesOut) {
     const std::shared_ptr<Window> same = window->then([](Window& object) { object.width = 7; });
     EXPECT_EQ(same, window);
     EXPECT_EQ(window->width, 7);
+}
+
+TEST(ThenTest, ObjectThatNobodyOwnsCannotHandItselfOut) {
+    Window window;
+    EXPECT_THROW(window.then([](Window& object) { object.width = 7; }), std::bad_weak_ptr);
+    EXPECT_EQ(window.width, 0);
+}
+
+TEST(ThenTest, SubclassesCopyAllOfThemselvesByTheFunction) {
+    const Link link;
+    static_assert(std::is_same_v<decltype(link.with([](Label&) {})), Label>);
+    static_assert(std::is_same_v<decltype(with(link, [](Label&) {})), Link>);
+    EXPECT_TRUE(with(link, [](Link& copy) { copy.bold = true; }).bold);
 }
 
 TEST(ThenTest, OperationsTakeNoPartInComparisons) {

@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Observation/Actionable.h>
 
+#include "tests/observation/CallbackablePlayer.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <unordered_map>
 #include <vector>
 
 using namespace vorlan;
+using tests::PlayerEvent;
 
 namespace {
 
@@ -20,8 +24,21 @@ struct Panel : Actionable<Panel, PanelAction> {
     Actions actions;
 
     void run(PanelAction key) {
-        if (const auto action = actions.find(key); action != actions.end()) action->second();
+        if (const auto action = actions.find(key); action != actions.end()) {
+            const auto run = action->second;
+            run();
+        }
     }
+};
+
+// With actions and with callbacks.
+struct Deck : Actionable<Deck, PanelAction>, Callbackable<Deck, PlayerEvent> {
+    using Actionable<Deck, PanelAction>::on;
+    using Callbackable<Deck, PlayerEvent>::on;
+
+    Actions actions;
+    Callbacks callbacks;
+    std::optional<Queue> callbackQueue;
 };
 
 // Keys need not be enumerations, and the table need not be for everyone.
@@ -63,6 +80,32 @@ TEST(ActionableTest, RunsNothingByItself) {
     Panel panel;
     panel.on(PanelAction::close, [] { FAIL(); });
     panel.run(PanelAction::open);
+}
+
+TEST(ActionableTest, ActionThatReplacesItselfIsRunToItsEnd) {
+    Panel panel;
+    std::string log;
+    panel.on(PanelAction::close,
+             [&log, &panel, name = std::string("a name that is long enough for the heap")] {
+                 panel.on(PanelAction::close, [&] { log += " second"; });
+                 log += name;
+             });
+    panel.run(PanelAction::close);
+    EXPECT_EQ(log, "a name that is long enough for the heap");
+    panel.run(PanelAction::close);
+    EXPECT_EQ(log, "a name that is long enough for the heap second");
+}
+
+TEST(ActionableTest, TypeMayHaveActionsAndCallbacks) {
+    Deck deck;
+    std::string log;
+    deck.on(PanelAction::open, [&] { log += "open "; });
+    deck.on(PlayerEvent::ended, [&] { log += "ended "; });
+    deck.callback(PlayerEvent::ended);
+    deck.actions.at(PanelAction::open)();
+    EXPECT_EQ(log, "ended open ");
+    EXPECT_EQ(deck.actions.size(), 1U);
+    EXPECT_EQ(deck.callbacks.size(), 1U);
 }
 
 TEST(ActionableTest, TableIsTheTypesOwn) {

@@ -11,7 +11,9 @@
 
 #include <VorlanFoundation/Extensions/Mixin.h>
 #include <VorlanFoundation/Platform/CheckedArithmetic.h>
+#include <VorlanFoundation/Platform/Describe.h>
 #include <VorlanFoundation/Platform/ObjectPointer.h>
+#include <VorlanFoundation/Platform/Value.h>
 
 #include <algorithm>
 #include <concepts>
@@ -19,11 +21,13 @@
 #include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <ranges>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 namespace vorlan {
 
@@ -77,8 +81,15 @@ concept Text = std::same_as<T, std::string> || std::same_as<T, std::string_view>
 template <class T>
 using Listed = std::conditional_t<Text<T>, std::string_view, T>;
 
+template <class T, class Letter = std::remove_cv_t<std::remove_pointer_t<std::decay_t<T>>>>
+concept WidePointer =
+    std::is_pointer_v<std::decay_t<T>> && (std::same_as<Letter, wchar_t> || std::same_as<Letter, char8_t> ||
+                                           std::same_as<Letter, char16_t> || std::same_as<Letter, char32_t>);
+
+/// Texts of wide letters are not compared where the language would compare their addresses.
 template <class A, class B>
 concept ComparableForEquality =
+    !(WidePointer<A> && WidePointer<B>) &&
     requires(const std::remove_reference_t<A>& a, const std::remove_reference_t<B>& b) {
         { a == b } -> std::convertible_to<bool>;
     };
@@ -103,31 +114,58 @@ constexpr std::string_view viewOf(const T& text) {
 template <class Values>
 constexpr decltype(auto) elementsOf(Values& values) {
     if constexpr (std::is_array_v<Values> && Text<std::remove_cv_t<Values>>)
-        return viewOf(values);
+        return detail::viewOf(values);
     else
         return (values);
 }
 
-// Texts are equal by their letters, also where the language would compare addresses.
+template <class A, class B>
+constexpr bool areEqual(const A& a, const B& b);
+
+/// What an optional holds equals a value, or what another holds; two absent ones are equal.
+template <class A, class B>
+constexpr bool isEqualToContent(const std::optional<A>& a, const B& b) {
+    if constexpr (isOptional<B>)
+        return a.has_value() && b.has_value() ? detail::areEqual(*a, *b) : a.has_value() == b.has_value();
+    else
+        return a.has_value() && detail::areEqual(*a, b);
+}
+
+// Integers are equal by their numbers, and texts by their letters, also where the language would convert the one and
+// compare addresses of the other, or read from null.
 template <class A, class B>
 constexpr bool areEqual(const A& a, const B& b) {
-    if constexpr (Text<A> && Text<B>)
-        return viewOf(a) == viewOf(b);
+    if constexpr (Integer<A> && Integer<B>)
+        return std::cmp_equal(a, b);
+    else if constexpr (Text<A> && Text<B>)
+        return detail::viewOf(a) == detail::viewOf(b);
+    else if constexpr (isOptional<A> && !std::same_as<B, std::nullopt_t>)
+        return detail::isEqualToContent(a, b);
+    else if constexpr (isOptional<B> && !std::same_as<A, std::nullopt_t>)
+        return detail::isEqualToContent(b, a);
+    else if constexpr (Text<A> && ComparableForEquality<std::string_view, B>)
+        return detail::viewOf(a) == b;
+    else if constexpr (Text<B> && ComparableForEquality<A, std::string_view>)
+        return a == detail::viewOf(b);
     else
         return a == b;
 }
 
 template <class Values, class T>
 constexpr bool contains(Values& values, const T& value) {
-    return std::ranges::any_of(elementsOf(values),
-                               [&](const auto& element) { return areEqual(element, value); });
+    return std::ranges::any_of(detail::elementsOf(values),
+                               [&](const auto& element) { return detail::areEqual(element, value); });
 }
 
 template <class Sequence, class Values>
 constexpr bool containsOne(Sequence& sequence, Values& values) {
-    return std::ranges::any_of(elementsOf(sequence),
+    return std::ranges::any_of(detail::elementsOf(sequence),
                                [&](const auto& element) { return detail::contains(values, element); });
 }
+
+/// What an object can be of.
+template <class T>
+concept ObjectClass = std::is_class_v<T> && !ObjectPointer<T>;
 
 template <class... Classes, class T>
 bool isOfClass(const T& object) {
@@ -137,14 +175,15 @@ bool isOfClass(const T& object) {
 
 } // namespace detail
 
-/// The values to look among, written in braces.
+/// The values to look among, written in braces: each of them, and no sequence of them, which is handed over as it is.
 template <class T>
 struct Among {
     std::initializer_list<T> of = {};
 };
 
-/// Whether a value equals one of several, written in braces or kept in any sequence. Texts of C's go by their letters,
-/// and a null one is empty.
+/// Whether a value equals one of several, written in braces or kept in any sequence. Integers go by their numbers,
+/// whatever their types. Texts of C's go by their letters, and a null one is empty, but in braces, where what is listed
+/// with a text becomes a std::string_view.
 template <class T>
     requires detail::ComparableForEquality<T, detail::Listed<T>>
 constexpr bool isOne(const T& value, Among<detail::Listed<T>> values) {
@@ -159,11 +198,11 @@ constexpr bool isOne(const T& value, Values&& values) {
 template <class T>
     requires detail::ComparableForEquality<T, detail::Listed<T>>
 constexpr bool except(const T& value, Among<detail::Listed<T>> values) {
-    return !isOne(value, values);
+    return !vorlan::isOne(value, values);
 }
 template <class T, detail::SequenceOf<T> Values>
 constexpr bool except(const T& value, Values&& values) {
-    return !isOne(value, values);
+    return !vorlan::isOne(value, values);
 }
 
 /// Whether an object is exactly of one of several classes; one of a subclass is not. Pointers, bare and smart, stand for
@@ -171,7 +210,7 @@ constexpr bool except(const T& value, Values&& values) {
 template <class... Classes, class T>
     requires(sizeof...(Classes) > 0)
 bool isOne(const T& object) {
-    static_assert((std::is_class_v<Classes> && ...),
+    static_assert((detail::ObjectClass<Classes> && ...),
                   "isOne<...>(object) compares with classes: name them without pointer or reference");
     if constexpr (detail::ObjectPointer<T>)
         return object != nullptr && detail::isOfClass<Classes...>(*object);
@@ -191,7 +230,8 @@ constexpr bool containsOne(Sequence&& sequence, Values&& values) {
     return detail::containsOne(sequence, values);
 }
 
-/// Has a type's own values ask whether they are one of several: `color.isOne({.of = {red, blue}})`.
+/// Has a type's own values ask whether they are one of several: `color.isOne({.of = {red, blue}})`. Within the class these
+/// hide the free functions: there write `vorlan::isOne`.
 ///
 ///     struct Color : Membership<Color> { ... };
 ///

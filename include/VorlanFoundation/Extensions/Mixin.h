@@ -9,7 +9,8 @@
 namespace vorlan::detail {
 
 /// The base of such a class, `Self`. It says nothing of the values of the host's type: their comparisons can be
-/// defaulted, and are not there by themselves.
+/// defaulted, and are not there by themselves. Of a host's aggregate that is derived from one, some compilers warn where
+/// it is written with designators, as these leave the base out.
 template <class Self>
 class Mixin {
     template <std::same_as<Self> M>

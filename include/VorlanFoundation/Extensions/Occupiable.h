@@ -30,7 +30,7 @@ concept SaysEmpty = requires(const T& value) {
 } // namespace detail
 
 /// What can be empty: a type with an `isEmpty()`, as a host writes it for its own, or an `empty()`, as the standard's texts
-/// and containers have it.
+/// and containers have it. A view whose `empty()` is not const, as that of a filter, is none.
 template <class T>
 concept Occupiable = detail::SaysIsEmpty<T> || detail::SaysEmpty<T>;
 
@@ -49,11 +49,19 @@ constexpr bool isEmpty(const T& value) {
     else
         return value.empty();
 }
+/// The same for a text of C's, also where it is null.
+constexpr bool isEmpty(const char* text) {
+    return text == nullptr || *text == '\0';
+}
 
 /// Whether a value is not empty.
 template <Occupiable T>
 constexpr bool isNotEmpty(const T& value) {
-    return !isEmpty(value);
+    return !vorlan::isEmpty(value);
+}
+/// The same for a text of C's, also where it is null.
+constexpr bool isNotEmpty(const char* text) {
+    return !vorlan::isEmpty(text);
 }
 
 /// Whether a value is absent or empty.
@@ -63,17 +71,17 @@ constexpr bool isNilOrEmpty(const T& value) {
 }
 /// The same for a text of C's, which may be null.
 constexpr bool isNilOrEmpty(const char* text) {
-    return text == nullptr || *text == '\0';
+    return vorlan::isEmpty(text);
 }
 
 /// Whether a value is there and not empty.
 template <OccupiableOptional T>
 constexpr bool isNotNilNotEmpty(const T& value) {
-    return !isNilOrEmpty(value);
+    return !vorlan::isNilOrEmpty(value);
 }
 /// The same for a text of C's, which may be null.
 constexpr bool isNotNilNotEmpty(const char* text) {
-    return !isNilOrEmpty(text);
+    return !vorlan::isNilOrEmpty(text);
 }
 
 /// Gives a type that has an `isEmpty()` the opposite too: `playlist.isNotEmpty()`.

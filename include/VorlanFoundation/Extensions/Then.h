@@ -21,7 +21,7 @@
 namespace vorlan {
 
 /// A copy of a value, changed by the block. An exception of the block passes.
-template <class T, std::invocable<T&> Block>
+template <std::move_constructible T, std::invocable<T&> Block>
 constexpr T with(T value, Block&& block) {
     std::invoke(std::forward<Block>(block), value);
     return value;
@@ -54,8 +54,11 @@ constexpr T& then(T& object, Block&& block) {
 ///
 ///     struct Label : Then<Label> { ... };
 ///
+/// Within the class these hide the free functions: there write `vorlan::with`. They are of the class that names itself: the
+/// copy of a subclass's value is a `Label`, so subclasses use the free functions.
+///
 /// Threads: as the type itself.
-/// Errors:  an exception of a block passes.
+/// Errors:  an exception of a block passes. `then` of an object that lives in no shared_ptr throws std::bad_weak_ptr.
 template <class Self>
 class Then : public detail::Mixin<Then<Self>> {
 public:
@@ -75,11 +78,11 @@ public:
         vorlan::do_(self(), std::forward<Block>(block));
     }
 
-    /// Calls the block with this object, which has to live in a std::shared_ptr, and returns it.
+    /// Calls the block with this object and returns it.
     template <class Block>
         requires std::derived_from<Self, Object>
     std::shared_ptr<Self> then(Block&& block) {
-        return vorlan::then(shared(static_cast<Self*>(this)), std::forward<Block>(block));
+        return vorlan::then(vorlan::shared(static_cast<Self*>(this)), std::forward<Block>(block));
     }
 
 private:

@@ -7,7 +7,10 @@
 //         Actions actions;
 //     };
 //     panel.on(PanelAction::close, [] { hide(); });
-//     if (const auto action = panel.actions.find(key); action != panel.actions.end()) action->second();
+//     if (const auto action = panel.actions.find(key); action != panel.actions.end()) {
+//         const auto run = action->second; // a copy, as an action may put another in its own place
+//         run();
+//     }
 
 #include <concepts>
 #include <cstddef>
@@ -28,11 +31,13 @@ concept Hashable = std::equality_comparable<T> && requires(const T& key) {
 } // namespace detail
 
 /// An interface with a default operation that fills a table of actions. `Self` has the table as a member `actions` of the
-/// type `Actions`, and runs what is in it.
+/// type `Actions`, and runs what is in it. A type that is `Callbackable` too names both operations as its own:
+/// `using Actionable<Panel, PanelAction>::on; using Callbackable<Panel, PanelEvent>::on;`
 ///
 /// Threads:     one thread at a time; there is no lock.
 /// Owns:        nothing; the table is the type's own.
-/// Re-entrancy: an action that may replace itself is to be copied out of the table before it is run.
+/// Re-entrancy: an action that is run from a copy of its own may replace itself; one that is run inside the table may
+///              not.
 template <class Self, detail::Hashable ActionType>
 class Actionable {
 public:

@@ -27,6 +27,8 @@ namespace vorlan {
 ///
 /// Threads: safe from any thread, as far as the callable is.
 /// Owns:    the callable, shared by its copies.
+/// Errors:  an exception of the callable reaches the caller. An empty std::function is taken, and throws
+///          std::bad_function_call when it is called; a null pointer to a function must not be.
 class Callback {
 public:
     /// Takes over (or copies) a callable; one that can only be moved will do.
@@ -151,17 +153,22 @@ struct CallbackEntry {
 
 /// A dictionary of keys and lists of callbacks.
 ///
-/// Threads: safe from any thread, but for destruction.
-/// Owns:    its lists; a copy has lists of its own, with the same callbacks.
+/// Threads: safe from any thread, but for destruction, and for moving from it or to it.
+/// Owns:    its lists; a copy has lists of its own, with the same callbacks. What is moved from is an empty table.
 /// Re-entrancy: callbacks may change the table that they are in, also where it is their end that does so.
 template <class Key>
 class CallbackTable {
 public:
     CallbackTable() = default;
-    // Without a move: there is no table that has nothing.
     CallbackTable(const CallbackTable& other) : lists_(std::make_shared<Lists>(other.lists_->entries())) {}
+    // Does not fail, so that containers move tables where they could copy them.
+    CallbackTable(CallbackTable&& other) noexcept : lists_(other.takeLists()) {}
     CallbackTable& operator=(const CallbackTable& other) {
         lists_->replace(other.lists_->entries());
+        return *this;
+    }
+    CallbackTable& operator=(CallbackTable&& other) noexcept {
+        lists_ = other.takeLists();
         return *this;
     }
     ~CallbackTable() = default;
@@ -181,13 +188,15 @@ public:
     std::size_t size() const { return lists_->count(); }
     bool empty() const { return size() == 0; }
 
-    /// What stands behind the table, the same as long as it lives.
+    /// What stands behind the table, the same until the table is moved.
     const std::shared_ptr<detail::CallbackLists<Key>>& lists() const noexcept { return lists_; }
 
 private:
     using Lists = detail::CallbackLists<Key>;
 
-    const std::shared_ptr<Lists> lists_ = std::make_shared<Lists>();
+    std::shared_ptr<Lists> takeLists() { return std::exchange(lists_, std::make_shared<Lists>()); }
+
+    std::shared_ptr<Lists> lists_ = std::make_shared<Lists>();
 };
 
 } // namespace vorlan

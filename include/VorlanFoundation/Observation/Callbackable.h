@@ -36,7 +36,9 @@ public:
     LifeToken() = default;
     // Every object has one of its own.
     LifeToken(const LifeToken&) : LifeToken() {}
+    LifeToken(LifeToken&&) noexcept : LifeToken() {}
     LifeToken& operator=(const LifeToken&) noexcept { return *this; } // NOLINT(*-unhandled-self-assignment)
+    LifeToken& operator=(LifeToken&&) noexcept { return *this; }
     ~LifeToken() = default;
 
     std::weak_ptr<const void> watch() const noexcept { return life_; }
@@ -52,12 +54,16 @@ private:
 /// `Self` has two members: `callbacks`, of the type `Callbacks`, and `callbackQueue`, a `std::optional<Queue>`. Where
 /// there is a queue it guards the table: what changes it is submitted as a barrier and happens later, and reading it
 /// waits for what was submitted before. Where there is none all happens at once. `clear` and `callback` may be
-/// replaced, which `callbackOnce` goes by.
+/// replaced, which `callbackOnce` goes by. A type that is `Actionable` too names both operations as its own:
+/// `using Actionable<Player, PlayerAction>::on; using Callbackable<Player, PlayerEvent>::on;`
 ///
-/// Threads:     safe from any thread, but for destruction, and for giving it another queue. Callbacks run on the thread
-///              that asks for them, never on the queue.
+/// Threads:     safe from any thread, but for destruction, for moving, and for giving it another queue. Callbacks run on
+///              the thread that asks for them, never on the queue.
 /// Owns:        its callbacks, through the table. What is submitted holds the table and not the object, which may be gone
-///              by then. A copy has a table of its own, with the same callbacks, and the same queue.
+///              by then. A copy has a table of its own, with the callbacks that the table held by then, and the same
+///              queue; what is still queued goes to the original only. An object that is moved takes along what is still
+///              queued; the one that it was moved from has no callbacks, and is given a queue (or none) before its next
+///              use.
 /// Re-entrancy: a callback may add and clear callbacks, run them, and destroy the object. The run under way keeps to the
 ///              list that it began with. To run callbacks from a block of a serial queue that guards them, or from a
 ///              barrier of a concurrent one, would last for ever and stops the process instead.
@@ -70,7 +76,9 @@ public:
 
     Callbackable() = default;
     Callbackable(const Callbackable&) = default;
+    Callbackable(Callbackable&&) noexcept = default;
     Callbackable& operator=(const Callbackable&) = default;
+    Callbackable& operator=(Callbackable&&) noexcept = default;
     virtual ~Callbackable() = default;
 
     /// Adds a callback to those of the key, behind the others.
