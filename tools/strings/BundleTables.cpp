@@ -124,11 +124,11 @@ std::set<std::string> Table::keys() const {
     return keys;
 }
 
-std::optional<FoundEntry> Table::find(const std::string& key) const {
+FoundEntry Table::find(const std::string& key) const {
     for (const auto* file : {&plurals, &strings})
         if (*file)
-            if (const auto* entry = (*file)->texts.find(key)) return FoundEntry{*entry, **file};
-    return std::nullopt;
+            if (const auto* entry = (*file)->texts.find(key)) return {entry, &**file};
+    return {};
 }
 
 StringTable readTable(const fs::path& path) {

@@ -23,10 +23,10 @@ struct TableFile {
     vorlan::StringTable texts;
 };
 
-/// A text with the file that it is in.
+/// A text with the file that it is in; both are null where there is none.
 struct FoundEntry {
-    const vorlan::StringTableEntry& entry;
-    const TableFile& file;
+    const vorlan::StringTableEntry* entry = nullptr;
+    const TableFile* file = nullptr;
 };
 
 /// The files of one table in one language.
@@ -38,7 +38,7 @@ struct Table {
     /// Its keys, in alphabetical order.
     std::set<std::string> keys() const;
     /// The text of a key: that with plural variables, where there are two.
-    std::optional<FoundEntry> find(const std::string& key) const;
+    FoundEntry find(const std::string& key) const;
 };
 
 struct LanguageTables {

@@ -122,8 +122,8 @@ private:
     void noteMissingKeys(const Subject& subject, const Table& original) {
         const auto& [language, name, table, forms] = subject;
         for (const auto& key : original.keys()) {
-            if (table.find(key)) continue;
-            const bool isPlural = !original.find(key)->entry.variables.empty();
+            if (table.find(key).entry != nullptr) continue;
+            const bool isPlural = !original.find(key).entry->variables.empty();
             const auto& file = table.plurals && (isPlural || !table.strings) ? table.plurals : table.strings;
             add(subject, file->path, {}, key,
                 {Severity::warning, "missing-key", "is missing; " + quotedText(base_.language) + " has it"});
@@ -131,23 +131,24 @@ private:
     }
 
     void checkEntry(const Subject& subject, const std::string& key, const Table* original) {
-        const auto [entry, file] = *subject.table.find(key);
-        const auto source = original != nullptr ? original->find(key) : std::nullopt;
-        auto remarks = remarksOnGaps(entry, source ? &source->entry : nullptr);
+        const auto found = subject.table.find(key);
+        const auto& entry = *found.entry;
+        const auto* const source = original != nullptr ? original->find(key).entry : nullptr;
+        auto remarks = remarksOnGaps(entry, source);
         const auto append = [&remarks](std::vector<Remark> more) {
             std::ranges::move(more, std::back_inserter(remarks));
         };
         // What could not be read may have the plural forms.
         const bool isWhole = subject.table.isWhole;
         if (subject.forms != nullptr)
-            append(remarksOnForms(entry, source && isWhole ? &source->entry : nullptr, *subject.forms,
+            append(remarksOnForms(entry, isWhole ? source : nullptr, *subject.forms,
                                   *spokenIn(subject.language)));
-        if (source) {
-            append(remarksOnTranslation(entry, source->entry, base_.language));
+        if (source != nullptr) {
+            append(remarksOnTranslation(entry, *source, base_.language));
         } else if (original != nullptr && original->isWhole) {
             remarks.push_back({Severity::warning, "extra-key", "is not in " + quotedText(base_.language)});
         }
-        for (auto& remark : remarks) add(subject, file.path, entry.position, key, std::move(remark));
+        for (auto& remark : remarks) add(subject, found.file->path, entry.position, key, std::move(remark));
     }
 
     void add(const Subject& subject, const std::string& path, vorlan::TextPosition position,
