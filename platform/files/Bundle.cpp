@@ -2,6 +2,7 @@
 #include <VorlanFoundation/Platform/Bundle.h>
 
 #include "platform/files/FileBytes.h"
+#include "platform/files/Folders.h"
 #include "platform/files/PropertyList.h"
 #include "platform/localization/LocalizedTables.h"
 
@@ -20,11 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view localizedSuffix = ".lproj";
-
-bool isFolder(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_directory(path, ignored);
-}
 
 bool isThere(const fs::path& path) {
     std::error_code ignored;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <VorlanFoundation/Platform/FileManager.h>
 
+#include "platform/files/Folders.h"
 #include "platform/files/UserFolders.h"
 
 #include <fcntl.h>
@@ -27,11 +28,6 @@ std::error_code lastError() {
 void refuseNul(const fs::path& path) {
     if (path.native().find('\0') != std::string::npos)
         fail("the path has a NUL in it", path, std::make_error_code(std::errc::invalid_argument));
-}
-
-bool isFolder(const fs::path& path) {
-    struct stat status{};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 void makeFolder(const fs::path& path, bool mayExist) {

@@ -25,9 +25,6 @@ namespace {
 
 using icu::number::LocalizedNumberFormatter;
 
-constexpr std::array<std::string_view, pluralCategoryCount> names{"zero", "one",  "two",
-                                                                  "few",  "many", "other"};
-
 // What the first who needs it makes, for all who come after.
 //
 // Threads: safe from any thread.
@@ -115,9 +112,7 @@ const LocalizedNumberFormatter& withFractionDigits(int digits) {
 }
 
 PluralCategory categoryOf(const icu::UnicodeString& keyword) {
-    const auto found = std::ranges::find(names, utf8FromUTF16(keyword));
-    if (found == names.end()) return PluralCategory::other;
-    return static_cast<PluralCategory>(found - names.begin());
+    return fromRawValue<PluralCategory>(utf8FromUTF16(keyword)).value_or(PluralCategory::other);
 }
 
 // A number of doubles' with the same last digits, as large as matters. Rules ask for no more of them than these.

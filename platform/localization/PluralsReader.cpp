@@ -4,7 +4,6 @@
 #include <VorlanFoundation/Platform/TextFormat.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -20,8 +19,6 @@ constexpr std::string_view formatKey = "NSStringLocalizedFormatKey";
 constexpr std::string_view ruleKey = "NSStringFormatSpecTypeKey";
 constexpr std::string_view pluralRule = "NSStringPluralRuleType";
 constexpr std::string_view valueTypeKey = "NSStringFormatValueTypeKey";
-constexpr std::array<std::string_view, pluralCategoryCount> categories = {"zero", "one",  "two",
-                                                                          "few",  "many", "other"};
 
 std::string quoted(std::string_view text) {
     return "\"" + std::string(text) + "\"";
@@ -81,9 +78,9 @@ PluralVariable readVariable(const Value& value, const Blame& blame) {
         blame.fail(quoted(ruleKey) + " is not " + quoted(pluralRule));
     PluralVariable variable{.valueType = neededText(*dictionary, valueTypeKey, blame)};
     if (!isValueType(variable.valueType)) blame.fail(quoted(variable.valueType) + " formats no number");
-    for (std::size_t i = 0; i < categories.size(); ++i)
-        variable.forms[i] = textOf(*dictionary, categories[i], blame);
-    if (!variable.forms.back()) blame.fail(quoted(categories.back()) + " is missing");
+    for (const auto category : allCases<PluralCategory>())
+        variable.forms[static_cast<std::size_t>(category)] = textOf(*dictionary, rawValue(category), blame);
+    if (!variable.forms.back()) blame.fail(quoted(rawValue(PluralCategory::other)) + " is missing");
     return variable;
 }
 

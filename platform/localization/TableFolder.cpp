@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/localization/TableFolder.h"
 
+#include "platform/files/Folders.h"
+
 #include <VorlanFoundation/Platform/Clocks.h>
 #include <VorlanFoundation/Platform/Problems.h>
 
-#include <system_error>
 #include <utility>
 
 namespace vorlan {
@@ -14,11 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t nanosecondsBetweenLooks = 100'000'000;
-
-bool isFolder(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_directory(path, ignored);
-}
 
 // What is none could lead to another folder.
 bool isFileName(std::string_view text) {

@@ -48,9 +48,7 @@ PluralForms pluralForms(const std::string& language) {
 }
 
 std::string_view categoryName(std::size_t category) {
-    constexpr std::array<std::string_view, vorlan::pluralCategoryCount> names{"zero", "one",  "two",
-                                                                              "few",  "many", "other"};
-    return names[category];
+    return vorlan::rawValue(static_cast<PluralCategory>(category));
 }
 
 } // namespace tool

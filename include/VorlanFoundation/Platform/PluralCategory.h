@@ -8,8 +8,12 @@
 
 #include <VorlanFoundation/Platform/Export.h>
 #include <VorlanFoundation/Platform/Locale.h>
+#include <VorlanFoundation/Platform/RawValues.h>
 
+#include <array>
 #include <cstdint>
+#include <string_view>
+#include <utility>
 
 namespace vorlan {
 
@@ -19,6 +23,17 @@ enum class PluralCategory : std::uint8_t { zero, one, two, few, many, other };
 
 /// How many there are.
 inline constexpr int pluralCategoryCount = 6;
+
+/// Their names, as CLDR and tables of translations have them.
+template <>
+struct RawValues<PluralCategory> {
+    static constexpr std::array cases{std::pair(PluralCategory::zero, std::string_view("zero")),
+                                      std::pair(PluralCategory::one, std::string_view("one")),
+                                      std::pair(PluralCategory::two, std::string_view("two")),
+                                      std::pair(PluralCategory::few, std::string_view("few")),
+                                      std::pair(PluralCategory::many, std::string_view("many")),
+                                      std::pair(PluralCategory::other, std::string_view("other"))};
+};
 
 /// The form that goes with a whole number; `other` for a locale of no known language. By the cardinal rules of CLDR, as
 /// ICU has them. Safe from any thread.

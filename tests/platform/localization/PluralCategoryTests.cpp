@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <latch>
 #include <limits>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -92,6 +93,15 @@ TEST(PluralCategoryTest, WhatIsNoFiniteNumberIsOther) {
     for (const double number : {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()})
         for (const char* name : {"en", "ru", "ar", "fr"})
             EXPECT_EQ(pluralCategory(number, 0, Locale(name)), other);
+}
+
+TEST(PluralCategoryTest, NamesAreThoseOfTables) {
+    EXPECT_EQ(rawValue(few), "few");
+    EXPECT_EQ(fromRawValue<PluralCategory>("zero"), zero);
+    EXPECT_EQ(fromRawValue<PluralCategory>("several"), std::nullopt);
+    const auto all = allCases<PluralCategory>();
+    ASSERT_EQ(all.size(), static_cast<std::size_t>(pluralCategoryCount));
+    for (std::size_t i = 0; i < all.size(); ++i) EXPECT_EQ(static_cast<std::size_t>(all[i]), i);
 }
 
 TEST(PluralCategoryTest, LargeNumbersGoByTheirLastDigits) {
