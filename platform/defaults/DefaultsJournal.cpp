@@ -12,7 +12,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
+#include <utility>
 
 namespace vorlan::defaults {
 
@@ -28,6 +30,11 @@ bool writeAt(const Descriptor& file, std::uint64_t place, std::span<const std::b
     return static_cast<std::size_t>(count) == bytes.size();
 }
 
+bool writeStart(const Descriptor& file, std::uint64_t place) {
+    const JournalHeader header(place);
+    return writeAt(file, 0, std::as_bytes(std::span(&header, 1)));
+}
+
 } // namespace
 
 DefaultsJournal::~DefaultsJournal() {
@@ -37,25 +44,23 @@ DefaultsJournal::~DefaultsJournal() {
 bool DefaultsJournal::open(const std::filesystem::path& folder) try {
     FileManager::defaultManager().createDirectoryAtURL(FileURL(folder),
                                                        {.withIntermediateDirectories = true});
-    // Who looks for orphans may catch the file before its lock is held, and remove it: then another is made.
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        name_ = makeName();
-        path_ = folder / name_;
-        file_ = Descriptor(
-            ::open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
-        if (!file_) return false;
-        struct stat status{};
-        if (flock(file_.number(), LOCK_EX | LOCK_NB) != 0 || fstat(file_.number(), &status) != 0 ||
-            status.st_nlink == 0)
-            continue;
-        start_ = end_ = sizeof(JournalHeader);
-        if (writeStart(start_)) return true;
-        const int reason = errno;
-        unlink(path_.c_str());
-        file_ = Descriptor();
-        errno = reason;
-        return false;
+    name_ = makeName();
+    path_ = folder / name_;
+    // Made under a name that nobody looks for: who looks for orphans would take a journal without its lock for one, and
+    // remove it.
+    const auto unfinished = path_.native() + ".new";
+    Descriptor file(
+        ::open(unfinished.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+    if (!file) return false;
+    start_ = end_ = sizeof(JournalHeader);
+    if (flock(file.number(), LOCK_EX | LOCK_NB) == 0 && writeStart(file, start_) &&
+        std::rename(unfinished.c_str(), path_.c_str()) == 0) {
+        file_ = std::move(file);
+        return true;
     }
+    const int reason = errno;
+    unlink(unfinished.c_str());
+    errno = reason;
     return false;
 } catch (const std::filesystem::filesystem_error& error) {
     errno = error.code().value();
@@ -81,17 +86,12 @@ bool DefaultsJournal::append(const std::filesystem::path& folder, std::span<cons
 
 void DefaultsJournal::forgetBefore(std::uint64_t place) noexcept {
     // A start that cannot be moved only means that the same is taken over twice.
-    if (!file_ || place <= start_ || !writeStart(place)) return;
+    if (!file_ || place <= start_ || !writeStart(file_, place)) return;
     start_ = place;
     // When nothing is left the file is used from its beginning again, unless that cannot be said in it.
     if (start_ == end_ && ftruncate(file_.number(), sizeof(JournalHeader)) == 0 &&
-        writeStart(sizeof(JournalHeader)))
+        writeStart(file_, sizeof(JournalHeader)))
         start_ = end_ = sizeof(JournalHeader);
-}
-
-bool DefaultsJournal::writeStart(std::uint64_t place) const noexcept {
-    const JournalHeader header(place);
-    return writeAt(file_, 0, std::as_bytes(std::span(&header, 1)));
 }
 
 } // namespace vorlan::defaults

@@ -44,7 +44,6 @@ public:
 
 private:
     bool open(const std::filesystem::path& folder);
-    bool writeStart(std::uint64_t place) const noexcept;
 
     Descriptor file_;
     std::filesystem::path path_;

@@ -76,7 +76,7 @@ std::vector<Change> OrphanedJournal::changes() {
         isDamaged_ = true; // it stays, under another name
         return found;
     }
-    if (bytes.empty()) return found; // its process ended before it had written anything
+    if (bytes.empty()) return found; // the machine went down before anything was on its disk
     JournalHeader header;
     const auto mark = header.mark;
     if (bytes.size() >= sizeof header) std::memcpy(&header, bytes.data(), sizeof header);
