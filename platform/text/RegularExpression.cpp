@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <string>
@@ -21,26 +22,35 @@ struct RegularExpression::Compiled {
 
 namespace {
 
-// In what ICU counts for about a millisecond.
-constexpr std::int32_t timeLimit = 100;
-
-// ICU does not count the places at which a match is tried in vain, but asks at each whether to go on.
+// What a search may take of its thread's time. What others take on the machine does not count, so that the same is found
+// under any load.
 class Patience {
 public:
-    static UBool U_CALLCONV isLeft(const void* patience, std::int64_t) {
+    // ICU asks at each place at which it begins a match, and does not count those that it tries in vain.
+    static UBool U_CALLCONV isLeftAtPlace(const void* patience, std::int64_t) {
+        constexpr unsigned placesBetweenLooks = 64; // at the clock
+        const auto& self = *static_cast<const Patience*>(patience);
+        return ++self.places_ % placesBetweenLooks != 0 || self.isLeft();
+    }
+
+    // It also asks at every ten thousand steps of matching.
+    static UBool U_CALLCONV isLeftInMatch(const void* patience, std::int32_t) {
         return static_cast<const Patience*>(patience)->isLeft();
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds limit{100};
 
-    bool isLeft() const {
-        constexpr unsigned callsBetweenLooks = 64; // at the clock
-        return ++calls_ % callsBetweenLooks != 0 || Clock::now() < end_;
+    static std::chrono::nanoseconds timeOfThread() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
     }
 
-    const Clock::time_point end_ = Clock::now() + std::chrono::milliseconds(100);
-    mutable unsigned calls_ = 0;
+    bool isLeft() const { return timeOfThread() < end_; }
+
+    const std::chrono::nanoseconds end_ = timeOfThread() + limit;
+    mutable unsigned places_ = 0;
 };
 
 // Longer ones are made anew each time, so that what is kept does not grow large.
@@ -58,9 +68,9 @@ Answer askMatcher(const icu::RegexPattern& pattern, std::string_view text, Answe
     const std::unique_ptr<UText, CloseText> units(utext_openUTF8(nullptr, text.data(), length, &status));
     const std::unique_ptr<icu::RegexMatcher> matcher(pattern.matcher(status));
     if (U_FAILURE(status)) return otherwise;
-    matcher->setTimeLimit(timeLimit, status);
-    Patience patience;
-    matcher->setFindProgressCallback(&Patience::isLeft, &patience, status);
+    const Patience patience;
+    matcher->setMatchCallback(&Patience::isLeftInMatch, &patience, status);
+    matcher->setFindProgressCallback(&Patience::isLeftAtPlace, &patience, status);
     matcher->reset(units.get());
     Answer answer = std::forward<Use>(use)(*matcher, status);
     return U_SUCCESS(status) ? answer : otherwise;

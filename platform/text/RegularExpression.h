@@ -11,8 +11,8 @@
 
 namespace vorlan {
 
-/// A pattern of ICU's. Gives up where matching takes longer than some tenth of a second or more memory than ICU grants,
-/// and where a text has 2 GiB or more; nothing is found then. Making one is not limited.
+/// A pattern of ICU's. Gives up where matching takes the thread a tenth of a second, or more memory than ICU grants, and
+/// where a text has 2 GiB or more; nothing is found then. Making one is not limited.
 ///
 /// Threads: safe from any thread: it never changes.
 /// Owns:    what ICU compiled.

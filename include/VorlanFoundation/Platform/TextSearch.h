@@ -60,7 +60,7 @@ struct TextRange {
 /// found can be longer or shorter than the needle. With `literal` the other options go by single characters.
 ///
 /// Ill-formed bytes are the same as equal bytes only, and U+FFFD to patterns. A pattern that is none is not found, nor
-/// one that takes longer than some tenth of a second to look for, nor any in 2 GiB or more. The time of all other
+/// one that takes a tenth of a second of the thread's own time, nor any in 2 GiB or more. The time of all other
 /// searches grows with the length of both texts, and hardly faster. Safe from any thread.
 VORLAN_EXPORT std::optional<TextRange> rangeOfText(std::string_view text, std::string_view needle,
                                                    CompareOptions options = CompareOptions::none);

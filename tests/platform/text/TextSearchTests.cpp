@@ -6,10 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 using namespace vorlan;
 using enum CompareOptions;
@@ -316,6 +320,28 @@ TEST(TextSearchTest, PatternsThatTakeTooLongAreNotFound) {
     EXPECT_EQ(rangeOfText(text, "(.*)*(.*)*x", regularExpression), absent);
     EXPECT_EQ(rangeOfText(repeated("ab", 2'000'000), "(a|b)*c", regularExpression), absent);
     EXPECT_EQ(rangeOfText(text, "a!", regularExpression), at(59, 2)) << "others are, before and after";
+}
+
+// With more than a million steps, which are quick.
+TEST(TextSearchTest, PatternsAreFoundFarIntoLongTexts) {
+    const auto text = repeated("abcdefghi ", 16'000) + "az";
+    EXPECT_EQ(rangeOfText(text, "[a-z]+z", regularExpression), at(160'000, 2));
+}
+
+// Of many threads on few processors each waits longer than a search may take.
+TEST(TextSearchTest, PatternsAreFoundHoweverBusyTheMachineIs) {
+    constexpr int threadCount = 64;
+    const auto text = repeated("abcdefghi ", 50'000) + "zz";
+    std::latch start(threadCount);
+    std::atomic<int> found = 0;
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < threadCount; ++i)
+        threads.emplace_back([&] {
+            start.arrive_and_wait();
+            if (rangeOfText(text, "zz+", regularExpression)) ++found;
+        });
+    threads.clear();
+    EXPECT_EQ(found, threadCount);
 }
 
 // Each would take minutes, and this case more time than it has.
