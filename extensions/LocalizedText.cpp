@@ -39,7 +39,8 @@ std::string text::localized(std::string_view text, const LocalizedSource& source
 std::string text::localizedFormat(std::string_view text, std::span<const FormatArgument> arguments,
                                   const LocalizedSource& source) {
     FormatCustom custom;
-    if (source.forResource) custom.pluralRules.emplace(*source.forResource);
+    // "Base" is no language, so that its texts, too, go by the user's rules.
+    if (source.forResource && *source.forResource != "Base") custom.pluralRules.emplace(*source.forResource);
     return formatted(text, arguments, source, custom);
 }
 

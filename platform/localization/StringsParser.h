@@ -15,7 +15,7 @@ namespace vorlan {
 ///
 ///     /* On the button. */
 ///     "Open" = "Öffnen";      // between quotes: any characters, and escapes
-///     close.title = Ende;     // without: letters, digits and _ - . $ / :
+///     close.title = Ende;     // without: letters, digits and _ - . $ / : so that a comment needs a blank before it
 ///     "OK";                   // stands for itself
 ///
 /// All of them may be between braces. Escapes are \a \b \f \n \r \t \v, \ooo (up to three octal digits: the number of a

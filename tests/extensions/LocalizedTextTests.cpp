@@ -140,6 +140,7 @@ TEST_F(LocalizedTextTest, FormatsChooseFormsByTheLanguageThatIsLookedFor) {
     EXPECT_EQ(filled("en", 21), "other 21");
     EXPECT_EQ(filled("ja", 1), "other 1");
     EXPECT_EQ(filled(std::nullopt, 1), "one 1") << "by the user's rules";
+    EXPECT_EQ(filled("Base", 1), "one 1") << "which is no language";
     std::filesystem::remove_all(tree_.folder("ru"));
     EXPECT_EQ(filled("ru_RU", 3), "few 3") << "also where the texts are those of Base";
 }

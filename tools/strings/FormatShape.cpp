@@ -63,7 +63,7 @@ public:
     }
 
 private:
-    // Of variables that name others: as the library fills them.
+    // Of variables that name others: more than the library fills, and not without end.
     static constexpr std::size_t mostForms = 256;
 
     // A text with variables is a format for certain.

@@ -42,7 +42,7 @@ struct LocalizedSource {
 VORLAN_EXPORT std::string localized(std::string_view text, const LocalizedSource& source = {});
 
 /// The translation, with its gaps filled as `formatText` does; numbers are written as in C. Plural variables go by the
-/// rules of the language that was looked for.
+/// rules of the language that was looked for; where that is none, or "Base", by the user's.
 VORLAN_EXPORT std::string localizedFormat(std::string_view text, std::span<const FormatArgument> arguments,
                                           const LocalizedSource& source = {});
 inline std::string localizedFormat(std::string_view text, std::initializer_list<FormatArgument> arguments,

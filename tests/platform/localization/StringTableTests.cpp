@@ -64,6 +64,7 @@ TEST(StringTableTest, WordsNeedNoQuotes) {
     EXPECT_EQ(read("a = b; menu.file_open-2 = $HOME/notes; url = http://example.com:80;"),
               (Pairs{{"a", "b"}, {"menu.file_open-2", "$HOME/notes"}, {"url", "http://example.com:80"}}));
     EXPECT_EQ(read("\"a b\" = c; d = \"e f\";"), (Pairs{{"a b", "c"}, {"d", "e f"}}));
+    EXPECT_EQ(read("a//b = c; d //e\n= f;"), (Pairs{{"a//b", "c"}, {"d", "f"}})) << "a blank ends a word";
 }
 
 TEST(StringTableTest, KeyAloneStandsForItself) {
