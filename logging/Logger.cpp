@@ -8,6 +8,7 @@
 #include <VorlanFoundation/Platform/Text.h>
 #include <VorlanFoundation/Platform/UserDefaults.h>
 
+#include <mutex>
 #include <utility>
 
 namespace vorlan {
@@ -20,27 +21,34 @@ constexpr std::string_view switchKey = "com.vorlan.foundation.shouldUseLogger";
 class SwitchWatch {
 public:
     static SwitchWatch& shared() {
+        // Opens the store before anything is made here: a problem that it reports then may be logged by who is told.
+        UserDefaults::standard().boolForKey(switchKey);
         static auto* const watch = new SwitchWatch;
         return *watch;
     }
 
-    // A change while the store is being asked makes the answer worthless: it is asked again.
+    // A change while the store is being asked makes the answer worthless: it is asked again, and nobody sees the former
+    // answer, least of all who made the change.
     bool ask() {
         for (;;) {
             const auto before = changes_.load();
             const bool isOn = UserDefaults::standard().boolForKey(switchKey);
+            const std::lock_guard lock(mutex_);
+            if (changes_ != before) continue;
             detail::logSwitch = isOn ? detail::LogSwitch::on : detail::LogSwitch::off;
-            if (changes_.load() == before) return isOn;
+            return isOn;
         }
     }
 
 private:
     SwitchWatch()
         : observation_(UserDefaults::standard().observe(switchKey, [this] {
+              const std::lock_guard lock(mutex_);
               ++changes_;
               detail::logSwitch = detail::LogSwitch::unknown;
           })) {}
 
+    std::mutex mutex_; ///< Held to change the next, or what `mayLog` sees.
     std::atomic<int> changes_ = 0;
     KeyValueObservation observation_;
 };

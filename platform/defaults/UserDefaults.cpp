@@ -100,6 +100,8 @@ std::string digitsOf(const Value& value) {
 } // namespace
 
 UserDefaults& UserDefaults::standard() {
+    // Before anything is made here: it may have a problem to report, and who is told may come back for the store.
+    Bundle::main();
     static UserDefaults* const defaults = new UserDefaults(standardName());
     return *defaults;
 }

@@ -5,12 +5,15 @@
 #include "platform/files/Folders.h"
 #include "platform/files/PropertyList.h"
 #include "platform/localization/LocalizedTables.h"
+#include "platform/text/CurrentRegion.h"
 
-#include <VorlanFoundation/Platform/Locale.h>
 #include <VorlanFoundation/Platform/Problems.h>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
+#include <memory>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -31,7 +34,8 @@ bool hasInfo(const fs::path& folder) {
     return isThere(folder / "Info.plist");
 }
 
-std::optional<Value::Dictionary> readInfo(const fs::path& folder) {
+// What kept an Info.plist from being read is left in `problem`.
+std::optional<Value::Dictionary> readInfo(const fs::path& folder, std::string& problem) {
     const auto path = folder / "Info.plist";
     try {
         const auto bytes = readFile(path);
@@ -40,9 +44,13 @@ std::optional<Value::Dictionary> readInfo(const fs::path& folder) {
         if (auto* dictionary = list.dictionary()) return std::move(*dictionary);
         throw PropertyListError("it is no dictionary");
     } catch (const std::exception& error) {
-        detail::reportProblem("cannot use " + path.native() + ": " + error.what(), "VorlanFoundation/Bundle");
+        problem = "cannot use " + path.native() + ": " + error.what();
         return std::nullopt;
     }
+}
+
+void report(const std::string& problem) {
+    if (!problem.empty()) detail::reportProblem(problem, "VorlanFoundation/Bundle");
 }
 
 // The folder of an application that the executable stands in, however deep below `Contents`.
@@ -66,54 +74,57 @@ FileURL localized(const FileURL& resources, std::string_view language) {
     return resources / std::string(language).append(localizedSuffix);
 }
 
-// "de_CH.UTF-8" is served by "de_CH", "de-CH" and "de".
-std::vector<std::string> folderNamesFor(const Locale& locale) {
-    std::vector<std::string> names;
-    auto name = locale.identifier().substr(0, locale.identifier().find_first_of(".@"));
-    names.push_back(name);
-    std::ranges::replace(name, '_', '-');
-    names.push_back(name);
-    if (auto code = locale.languageCode()) names.push_back(*std::move(code));
-    return names;
-}
-
-// The languages whose folders are looked into, one after the other; empty stands for the resources of all.
-std::vector<std::string> languagesToTry() {
-    std::vector<std::string> languages;
-    for (const auto& locale : Locale::preferredLanguages())
-        for (auto& language : folderNamesFor(locale))
-            if (!language.empty()) languages.push_back(std::move(language));
-    languages.insert(languages.end(), {"", "Base"});
-    return languages;
+// Calls `use` with the languages whose folders are looked into, one after the other, until it returns true; empty stands
+// for the resources of all.
+template <class Use>
+void tryLanguages(Use&& use) {
+    for (const std::string_view language : currentRegion().languageFolders)
+        if (use(language)) return;
+    for (const std::string_view language : {"", "Base"})
+        if (use(language)) return;
 }
 
 } // namespace
 
-Bundle::Bundle(std::optional<FileURL> url, std::optional<FileURL> executable)
+Bundle::Bundle(std::optional<FileURL> url, std::optional<FileURL> executable, std::string& problem)
     : url_(std::move(url)), executable_(std::move(executable)) {
     if (!url_) return;
     const auto contents = *url_ / "Contents";
     contents_ = hasInfo(contents) ? contents : *url_;
-    info_ = readInfo(*contents_);
+    info_ = readInfo(*contents_, problem);
 }
 
 const Bundle& Bundle::main() {
+    // Reported once the bundle is made: who is told may ask for it, to log the problem under its name.
+    static std::atomic<const std::string*> unreported = nullptr;
     // Never destroyed: what runs at the very end of the process may still ask for it.
-    static const auto* const bundle = new Bundle(findMain());
+    static const auto* const bundle = [] {
+        auto problem = std::make_unique<std::string>();
+        const auto* const made = new Bundle(findMain(*problem));
+        if (!problem->empty()) unreported = problem.release();
+        return made;
+    }();
+    if (unreported.load(std::memory_order_relaxed) != nullptr) {
+        const std::unique_ptr<const std::string> problem(unreported.exchange(nullptr));
+        if (problem) report(*problem);
+    }
     return *bundle;
 }
 
-Bundle Bundle::findMain() {
+Bundle Bundle::findMain(std::string& problem) {
     std::error_code failed;
     const auto executable = fs::read_symlink("/proc/self/exe", failed);
-    if (failed) return {std::nullopt, std::nullopt};
+    if (failed) return {std::nullopt, std::nullopt, problem};
     const auto folder = folderOf(executable);
-    return {folder ? std::optional(FileURL(*folder)) : std::nullopt, FileURL(executable)};
+    return {folder ? std::optional(FileURL(*folder)) : std::nullopt, FileURL(executable), problem};
 }
 
 std::shared_ptr<const Bundle> Bundle::atURL(const FileURL& url) {
     if (!isFolder(url)) return nullptr;
-    return std::shared_ptr<const Bundle>(new Bundle(url, std::nullopt));
+    std::string problem;
+    std::shared_ptr<const Bundle> bundle(new Bundle(url, std::nullopt, problem));
+    report(problem);
+    return bundle;
 }
 
 const Value& Bundle::objectForInfoDictionaryKey(std::string_view key) const noexcept {
@@ -138,11 +149,13 @@ std::optional<FileURL> Bundle::URLForResource(std::string_view name, std::string
     if (!resources) return std::nullopt;
     auto file = std::string(name);
     if (!withExtension.empty()) file.append(".").append(withExtension);
-    for (const auto& language : languagesToTry()) {
-        const auto folder = language.empty() ? *resources : localized(*resources, language);
-        if (const auto url = folder / file; isThere(url)) return url;
-    }
-    return std::nullopt;
+    std::optional<FileURL> found;
+    tryLanguages([&](std::string_view language) {
+        auto url = (language.empty() ? *resources : localized(*resources, language)) / file;
+        if (isThere(url)) found = std::move(url);
+        return found.has_value();
+    });
+    return found;
 }
 
 std::vector<std::string> Bundle::localizations() const {
@@ -172,14 +185,14 @@ std::string Bundle::localizedString(std::string_view forKey, std::string_view va
                                     std::string_view table) const {
     std::string text(value.empty() ? forKey : value);
     if (!contents_) return text;
-    for (const auto& language : languagesToTry()) {
+    tryLanguages([&](std::string_view language) {
         bool isLast = false;
         useFolderTexts({detail::contentsPath(*this), language, table}, [&](const FolderTexts& texts) {
             isLast = texts.isTableThere;
             if (const auto* entry = texts.find(forKey)) text = entry->text;
         });
-        if (isLast) break;
-    }
+        return isLast;
+    });
     return text;
 }
 

@@ -55,6 +55,25 @@ std::vector<Locale> systemLanguages() {
     return languages;
 }
 
+// "de_CH.UTF-8" is served by "de_CH", "de-CH" and "de".
+std::vector<std::string> folderNamesFor(const Locale& locale) {
+    std::vector<std::string> names;
+    auto name = locale.identifier().substr(0, locale.identifier().find_first_of(".@"));
+    names.push_back(name);
+    std::ranges::replace(name, '_', '-');
+    names.push_back(name);
+    if (auto code = locale.languageCode()) names.push_back(*std::move(code));
+    return names;
+}
+
+std::vector<std::string> folderNamesFor(const std::vector<Locale>& languages) {
+    std::vector<std::string> all;
+    for (const auto& language : languages)
+        for (auto& name : folderNamesFor(language))
+            if (!name.empty() && std::ranges::find(all, name) == all.end()) all.push_back(std::move(name));
+    return all;
+}
+
 // What was read of the system, what a test put in its place, and what follows from both.
 class Regions {
 public:
@@ -94,10 +113,12 @@ private:
         const auto locale = override_.locale.value_or(*locale_);
         const auto timeZone = override_.timeZone.value_or(*timeZone_);
         const auto calendar = override_.calendar ? *override_.calendar : usualCalendar(locale);
+        const auto preferred = languages();
         const auto& region =
             all_.emplace_back(CurrentRegion{.locale = locale,
                                             .languageCode = locale.languageCode(),
-                                            .preferredLanguages = languages(),
+                                            .preferredLanguages = preferred,
+                                            .languageFolders = folderNamesFor(preferred),
                                             .timeZone = timeZone,
                                             .calendar = Calendar(calendar, locale, timeZone)});
         current_.store(&region, std::memory_order_release);

@@ -20,6 +20,7 @@ struct CurrentRegion {
     Locale locale;
     std::optional<std::string> languageCode; ///< Of the locale.
     std::vector<Locale> preferredLanguages;
+    std::vector<std::string> languageFolders; ///< Names of folders with resources in these, each but once.
     TimeZone timeZone;
     Calendar calendar;
 };

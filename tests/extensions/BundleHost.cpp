@@ -177,6 +177,10 @@ int main(int argc, char** argv) {
     auto commands = bundleCommands();
     commands.merge(otherCommands());
     commands["problems"] = [&](Arguments&) { return problems.text(); };
+    commands["logProblems"] = [](Arguments&) {
+        setProblemHandler([](std::string_view message, std::string_view) { Logger::log(message); });
+        return "ok";
+    };
     for (Arguments arguments(argc, argv); !arguments.isAtEnd();) {
         const auto known = commands.find(arguments.take());
         if (known == commands.end()) return 2;

@@ -208,6 +208,31 @@ TEST_F(LoggerProcessesTest, SettingsMayChangeWhileOthersWrite) {
     EXPECT_EQ(linesOf(tests::textOf(folder() / "last.log")).size(), 1U);
 }
 
+// Others that look at the switch meanwhile may not leave behind what it was before.
+TEST_F(LoggerProcessesTest, ThreadFindsItsOwnSwitchingWhileOthersLook) {
+    constexpr int rounds = 4 * linesEach;
+    std::atomic<bool> isDone = false;
+    std::vector<std::jthread> others;
+    for (int t = 0; t < 4; ++t)
+        others.emplace_back([&] {
+            while (!isDone) Logger::log();
+        });
+    struct Witness {
+        std::string description() const { return ++*asked, ""; }
+        int* asked;
+    };
+    int asked = 0;
+    for (int i = 1; i <= rounds && !HasFailure(); ++i) {
+        Logger::makeLogging(true);
+        Logger::log(Witness{&asked});
+        EXPECT_EQ(asked, i) << "it was switched on";
+        Logger::makeLogging(false);
+        Logger::log(Witness{&asked});
+        EXPECT_EQ(asked, i) << "it was switched off";
+    }
+    isDone = true;
+}
+
 TEST_F(LoggerProcessesTest, AnotherProcessSwitchesTheLogOnAndOff) {
     const auto host = application("other");
     const auto setSwitch = [&](const std::string& value) {

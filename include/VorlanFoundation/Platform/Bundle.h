@@ -87,9 +87,9 @@ public:
 private:
     friend std::string_view detail::contentsPath(const Bundle& bundle) noexcept;
 
-    Bundle(std::optional<FileURL> url, std::optional<FileURL> executable);
+    Bundle(std::optional<FileURL> url, std::optional<FileURL> executable, std::string& problem);
 
-    static Bundle findMain();
+    static Bundle findMain(std::string& problem);
 
     std::optional<FileURL> url_;
     std::optional<FileURL> contents_; ///< Where the information dictionary is, or could be.

@@ -81,6 +81,14 @@ TEST(CurrentRegionTest, FollowsTheEnvironmentAfterAReset) {
     EXPECT_EQ(currentRegion().calendar.timeZone(), currentRegion().timeZone);
 }
 
+TEST(CurrentRegionTest, LanguageFoldersAreThoseOfAllLanguagesEachButOnce) {
+    const Languages user("de_CH.UTF-8", "pt-BR:de_CH.UTF-8:de:.UTF-8");
+    EXPECT_EQ(currentRegion().languageFolders,
+              (std::vector<std::string>{"pt-BR", "pt", "de_CH", "de-CH", "de"}));
+    const Override region({.locale = Locale("C")});
+    EXPECT_EQ(currentRegion().languageFolders, std::vector<std::string>());
+}
+
 TEST(CurrentRegionTest, EverythingInItBelongsTogether) {
     for (const auto* locale : {"en_US", "th_TH", "fa_IR", "de_DE", "C"}) {
         const Override region(
