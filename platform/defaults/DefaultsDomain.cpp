@@ -228,11 +228,14 @@ bool DefaultsDomain::update(Saving saving) {
 bool DefaultsDomain::save(Saving saving, std::vector<std::string>& changed) {
     std::vector<DefaultsTable::Unsaved> unsaved;
     std::uint64_t journalEnd = 0;
-    if (saving == Saving::own) {
+    {
         const std::lock_guard lock(tableMutex_);
-        isSaveDue_ = false;
-        unsaved = table_.unsaved();
-        journalEnd = journal_->end();
+        journal_->leaveIfRemoved();
+        if (saving == Saving::own) {
+            isSaveDue_ = false;
+            unsaved = table_.unsaved();
+            journalEnd = journal_->end();
+        }
     }
     if (!folder_) return unsaved.empty();
     bool isNew = file_->refresh();

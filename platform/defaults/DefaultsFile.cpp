@@ -37,18 +37,25 @@ DefaultsFile::Identity DefaultsFile::identityOf(const struct stat& status) {
     return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
+DefaultsFile::Identity DefaultsFile::identityOf(const Descriptor& file) {
+    struct stat status{};
+    return file && fstat(file.number(), &status) == 0 ? identityOf(status) : Identity();
+}
+
 DefaultsFile::Identity DefaultsFile::identityNow() const {
     struct stat status{};
     return stat(path_.c_str(), &status) == 0 ? identityOf(status) : Identity();
 }
 
 bool DefaultsFile::refresh() {
-    // Taken before it is read: if another takes its place meanwhile, the next look finds that.
-    const auto identity = identityNow();
+    auto identity = identityNow();
     if (identity == seen_) return false;
+    Descriptor version;
     try {
-        auto entries = identity != Identity() ? read() : Value::Dictionary();
-        entries_ = std::move(entries);
+        if (identity != Identity()) version = openFile(path_);
+        // Taken before it is read: if it is changed meanwhile, the next look finds that.
+        identity = identityOf(version);
+        entries_ = version ? read(version) : Value::Dictionary();
         isDamaged_ = false;
     } catch (const Damage&) {
         entries_.clear();
@@ -59,14 +66,17 @@ bool DefaultsFile::refresh() {
         return false;
     }
     readError_ = 0;
-    seen_ = identity;
+    see(std::move(version), identity);
     return true;
 }
 
-Value::Dictionary DefaultsFile::read() const try {
-    const auto bytes = readFile(path_);
-    if (!bytes) return {};
-    auto list = readPropertyList(*bytes);
+void DefaultsFile::see(Descriptor version, const Identity& identity) {
+    version_ = std::move(version);
+    seen_ = identity;
+}
+
+Value::Dictionary DefaultsFile::read(const Descriptor& file) const try {
+    auto list = readPropertyList(readFile(file, path_));
     auto* dictionary = list.dictionary();
     if (dictionary == nullptr) throw Damage();
     return std::move(*dictionary);
@@ -83,32 +93,30 @@ void DefaultsFile::moveDamagedAside() {
     if (!isDamaged_) return;
     isDamaged_ = false;
     moveAside(path_, problems_);
-    seen_ = Identity();
+    see(Descriptor(), Identity());
 }
 
 bool DefaultsFile::replace(Value::Dictionary entries) {
     Value list(std::move(entries));
     const auto temporary = path_.native() + ".new";
-    Identity identity;
-    if (!write(writeBinaryPropertyList(list), temporary, identity) ||
-        std::rename(temporary.c_str(), path_.c_str()) != 0) {
+    auto version = write(writeBinaryPropertyList(list), temporary);
+    const auto identity = identityOf(version);
+    if (identity == Identity() || std::rename(temporary.c_str(), path_.c_str()) != 0) {
         const KeepErrno keeper;
         unlink(temporary.c_str());
         return false;
     }
-    seen_ = identity;
+    see(std::move(version), identity);
     entries_ = std::move(*list.dictionary());
     return syncFolder(path_.parent_path());
 }
 
-bool DefaultsFile::write(const Data& bytes, const std::filesystem::path& path, Identity& identity) {
-    const Descriptor file(
+// The file, open; none, with errno set, when it could not be written.
+Descriptor DefaultsFile::write(const Data& bytes, const std::filesystem::path& path) {
+    Descriptor file(
         open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    struct stat status{};
-    if (!file || !writeAll(file, bytes) || fsync(file.number()) != 0 || fstat(file.number(), &status) != 0)
-        return false;
-    identity = identityOf(status);
-    return true;
+    if (file && (!writeAll(file, bytes) || fsync(file.number()) != 0)) file = Descriptor();
+    return file;
 }
 
 } // namespace vorlan::defaults

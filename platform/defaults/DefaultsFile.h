@@ -20,7 +20,8 @@ namespace vorlan::defaults {
 /// one version or another.
 ///
 /// Threads: one thread at a time.
-/// Owns:    the entries of the version that was last read or written.
+/// Owns:    the entries of the version that was last read or written, and that version itself, open: as long as it is,
+///          no other file gets its inode, so that none is taken for it.
 /// Errors:  a damaged file counts as empty, and is to be moved aside as soon as the store's lock is held. One that
 ///          cannot be read (for want of permission, or of descriptors) is one of the `problems`, once, and must not
 ///          be replaced. Nothing throws but for want of memory.
@@ -48,7 +49,8 @@ public:
     void moveDamagedAside();
 
     /// Replaces the file by one with these entries, durably; only to be called while the store's lock is held.
-    /// False, with errno set, when that failed; the file is then as it was.
+    /// False, with errno set, when that failed; the file is then as it was, or, when it is only not sure to survive a
+    /// loss of power, the new one.
     bool replace(Value::Dictionary entries);
 
 private:
@@ -66,12 +68,15 @@ private:
     struct Damage {};
 
     static Identity identityOf(const struct ::stat& status);
+    static Identity identityOf(const Descriptor& file);
     Identity identityNow() const;
-    Value::Dictionary read() const;
-    bool write(const Data& bytes, const std::filesystem::path& path, Identity& identity);
+    Value::Dictionary read(const Descriptor& file) const;
+    static Descriptor write(const Data& bytes, const std::filesystem::path& path);
+    void see(Descriptor version, const Identity& identity);
 
     std::filesystem::path path_;
     Problems& problems_;
+    Descriptor version_;
     Identity seen_{.seconds = -1}; ///< No file has this one, so that the first look is at something new.
     Value::Dictionary entries_;
     bool isDamaged_ = false;

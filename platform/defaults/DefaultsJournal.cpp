@@ -94,4 +94,12 @@ void DefaultsJournal::forgetBefore(std::uint64_t place) noexcept {
         start_ = end_ = sizeof(JournalHeader);
 }
 
+void DefaultsJournal::leaveIfRemoved() noexcept {
+    struct stat status{};
+    if (!file_ || start_ != end_ || fstat(file_.number(), &status) != 0 || status.st_nlink != 0) return;
+    file_ = Descriptor();
+    name_.clear();
+    start_ = end_ = 0;
+}
+
 } // namespace vorlan::defaults

@@ -39,6 +39,10 @@ public:
     /// Drops the changes before a place.
     void forgetBefore(std::uint64_t place) noexcept;
 
+    /// Lets go of a file that was removed (with its folder, say), once nothing in it is needed: the next change makes
+    /// another, where it outlives the process again.
+    void leaveIfRemoved() noexcept;
+
     /// The name of its file; empty when there is none.
     std::string_view name() const noexcept { return name_; }
 

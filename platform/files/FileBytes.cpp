@@ -21,6 +21,13 @@ namespace {
 
 } // namespace
 
+Descriptor openFile(const std::filesystem::path& path) {
+    // Without O_NONBLOCK, opening a pipe would wait for somebody to write to it.
+    Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file && errno != ENOENT) fail(path, errno);
+    return file;
+}
+
 Data readFile(const Descriptor& file, const std::filesystem::path& path) {
     struct stat status{};
     if (fstat(file.number(), &status) != 0) fail(path, errno);
@@ -42,11 +49,8 @@ Data readFile(const Descriptor& file, const std::filesystem::path& path) {
 }
 
 std::optional<Data> readFile(const std::filesystem::path& path) {
-    // Without O_NONBLOCK, opening a pipe would wait for somebody to write to it.
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file) return readFile(file, path);
-    if (errno == ENOENT) return std::nullopt;
-    fail(path, errno);
+    const auto file = openFile(path);
+    return file ? std::optional(readFile(file, path)) : std::nullopt;
 }
 
 bool writeAll(const Descriptor& file, std::span<const std::byte> bytes) {

@@ -13,6 +13,10 @@
 
 namespace vorlan {
 
+/// Opens a file to read it; none when there is no such file. Throws std::filesystem::filesystem_error for all else that
+/// keeps it from being opened.
+Descriptor openFile(const std::filesystem::path& path);
+
 /// All that is in an open file. Throws std::filesystem::filesystem_error, which names the path.
 Data readFile(const Descriptor& file, const std::filesystem::path& path);
 

@@ -11,7 +11,8 @@
 
 namespace vorlan {
 
-/// The lock of a file that is there for nothing else, held until this is destroyed or the process ends.
+/// The lock of a file that is there for nothing else, held until this is destroyed or the process ends. Once it is
+/// destroyed, no child that was forked meanwhile keeps it. The file may be removed while others wait for it.
 ///
 /// Threads: one thread at a time; two of these in one process keep each other out like those of two processes.
 /// Errors:  false as a Boolean, with errno set, when the file could not be made, and when the lock was not had
@@ -31,10 +32,15 @@ public:
     explicit FileLock(const std::filesystem::path& path, Mode mode = Mode::alone,
                       DispatchTimeInterval limit = DispatchTimeInterval::never());
 
+    FileLock(FileLock&&) noexcept = default;
+    FileLock& operator=(FileLock&&) noexcept = default;
+    ~FileLock();
+
     explicit operator bool() const noexcept { return static_cast<bool>(file_); }
 
 private:
-    bool take(int operation, DispatchTimeInterval limit) const;
+    bool take(int operation, bool isLimited, DispatchTime deadline) const;
+    bool isRemoved() const;
 
     Descriptor file_;
 };

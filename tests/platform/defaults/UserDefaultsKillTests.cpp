@@ -153,6 +153,19 @@ TEST(UserDefaultsKill, JournalOfADeadProcessIsTakenOver) {
     EXPECT_FALSE(std::filesystem::exists(remains->path)) << "it would be taken over again and again";
 }
 
+// The journal went with its folder; what is set from then on must not go into the file that nobody will find.
+TEST(UserDefaultsKill, WriteAfterTheFolderWasRemovedSurvives) {
+    const vorlan::testing::TemporaryHome home;
+    HostProcess host(name);
+    EXPECT_EQ(host.ask("set before 1"), "ok");
+    EXPECT_EQ(host.ask("synchronize"), "true");
+    std::filesystem::remove_all(folderIn(home));
+    EXPECT_EQ(host.ask("synchronize"), "true");
+    EXPECT_EQ(host.ask("set after 2"), "ok");
+    host.kill();
+    EXPECT_EQ(UserDefaults(name).storedEntries(), (Value::Dictionary{{"after", 2}}));
+}
+
 // A process that is killed amid a write leaves half a record.
 TEST(UserDefaultsKill, JournalThatEndsTooEarlyGivesAllThatIsWhole) {
     const vorlan::testing::TemporaryHome home;

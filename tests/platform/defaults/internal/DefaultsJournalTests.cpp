@@ -81,4 +81,29 @@ TEST_F(DefaultsJournals, JournalOfWhichSomethingWasNotSavedStays) {
     EXPECT_EQ(orphans.front().changes().size(), 1U);
 }
 
+TEST_F(DefaultsJournals, RemovedJournalIsFollowedByAnother) {
+    DefaultsJournal journal;
+    EXPECT_TRUE(append(journal));
+    std::filesystem::remove_all(folder_);
+    journal.leaveIfRemoved();
+    EXPECT_TRUE(append(journal)) << "what it has is not saved yet";
+    EXPECT_FALSE(std::filesystem::exists(folder_));
+    journal.forgetBefore(journal.end());
+    journal.leaveIfRemoved();
+    EXPECT_EQ(journal.name(), "");
+    EXPECT_TRUE(append(journal));
+    EXPECT_TRUE(std::filesystem::exists(folder_ / journal.name()));
+    EXPECT_EQ(filesInFolder(), 1U);
+}
+
+TEST_F(DefaultsJournals, JournalThatIsThereIsKept) {
+    DefaultsJournal journal;
+    EXPECT_TRUE(append(journal));
+    journal.forgetBefore(journal.end());
+    journal.leaveIfRemoved();
+    EXPECT_TRUE(std::filesystem::exists(folder_ / journal.name()));
+    EXPECT_TRUE(append(journal));
+    EXPECT_EQ(filesInFolder(), 1U);
+}
+
 } // namespace
