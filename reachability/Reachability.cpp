@@ -152,7 +152,7 @@ Reachability::Connection Reachability::connection() const {
     return flags ? connectionBy(*flags) : Connection::unavailable;
 }
 
-// To those who ask, what was found out on their behalf is no change.
+// Asking leaves the answer as it is, so it is const; that there are flags now is told as any change is.
 void Reachability::findFlagsIfUnknown() const {
     if (flags_.load()) return;
     auto& self = const_cast<Reachability&>(*this);

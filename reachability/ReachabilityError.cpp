@@ -4,6 +4,9 @@
 #include <VorlanFoundation/Platform/Describe.h>
 #include <VorlanFoundation/Platform/SystemConfiguration.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 
 namespace vorlan {
@@ -32,15 +35,26 @@ std::string nameOf(ReachabilityError::Case kind) {
     return "unknown";
 }
 
-// Names come from outside, and may be of any length and break a line of a log.
+// The bytes of the control character or line separator that a text begins with; 0 when it begins with another one.
+std::size_t controlLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    if (first < 0x20 || first == 0x7f) return 1;
+    const bool isC1 = text.size() > 1 && first == 0xc2 && static_cast<unsigned char>(text[1]) < 0xa0;
+    if (isC1) return 2;
+    return text.starts_with("\xe2\x80\xa8") || text.starts_with("\xe2\x80\xa9") ? 3 : 0;
+}
+
+// Names come from outside, may be of any length, and break a line of a log or steer the terminal that shows it.
 std::string oneLine(const std::string& name) {
     constexpr std::size_t longest = 253; // that a host's name can have
+    const std::string text = describe(name.substr(0, longest));
     std::string line;
-    for (const char c : name.substr(0, longest)) {
-        const bool isControl = static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-        line += isControl ? '?' : c;
+    for (std::size_t place = 0; place < text.size();) {
+        const std::size_t control = controlLength(std::string_view(text).substr(place));
+        line += control > 0 ? '?' : text[place];
+        place += std::max<std::size_t>(control, 1);
     }
-    return describe(line) + (name.size() > longest ? "..." : "");
+    return line + (name.size() > longest ? "..." : "");
 }
 
 } // namespace

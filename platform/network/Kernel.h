@@ -49,8 +49,9 @@ private:
 ///
 /// Threads: one thread at a time.
 /// Errors:  errno numbers. ENETUNREACH, EHOSTUNREACH, EINVAL and EACCES of `route` are the kernel's verdict
-///          on the destination (no route, unreachable, blackhole, prohibit); EAGAIN of `snapshot` says that
-///          the tables kept changing under the dump; all others mean that the kernel could not be asked.
+///          on the destination (no route, unreachable, blackhole, prohibit), and so is EOPNOTSUPP for an IPv6 one
+///          (there is no IPv6); EAGAIN of `snapshot` says that the tables kept changing under the dump; all
+///          others mean that the kernel could not be asked.
 class Kernel {
 public:
     Kernel() = default;

@@ -45,6 +45,14 @@ Versions versionsIn(const std::filesystem::path& folder) {
     return versions;
 }
 
+// A folder by its own path: one that was reached over a link to it would go on to be watched when that link is laid
+// elsewhere, and the way up from it would lead back along the link.
+std::filesystem::path withoutLinks(const std::filesystem::path& folder) {
+    std::error_code isUnknown;
+    auto path = std::filesystem::weakly_canonical(folder, isUnknown);
+    return isUnknown ? folder.lexically_normal() : path;
+}
+
 // The folder itself, and those of all that the files are links to.
 std::set<std::filesystem::path> foldersOf(const std::filesystem::path& folder) {
     std::set<std::filesystem::path> folders{folder};
@@ -54,7 +62,8 @@ std::set<std::filesystem::path> foldersOf(const std::filesystem::path& folder) {
             std::error_code isNoLink;
             const auto target = std::filesystem::read_symlink(path, isNoLink);
             if (isNoLink) break;
-            path = (path.parent_path() / target).lexically_normal();
+            const auto next = path.parent_path() / target;
+            path = withoutLinks(next.parent_path()) / next.filename();
             folders.insert(path.parent_path());
         }
     }

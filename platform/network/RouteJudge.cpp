@@ -16,7 +16,11 @@ Verdict verdict(Verdict::Kind kind, std::string reason, Route route = {}) {
     return {kind, std::move(route), 0, std::move(reason)};
 }
 
-Verdict ofError(int error) {
+Verdict ofError(int error, const IPAddress& destination) {
+    // A kernel that was told to do without IPv6 does not know the question. Where that is its answer for IPv4, it
+    // is a sandbox that does not take it.
+    if (error == EOPNOTSUPP && destination.family() == IPAddress::Family::v6)
+        return verdict(Verdict::Kind::unreachable, "the kernel has no IPv6");
     switch (error) {
     case ENETUNREACH: return verdict(Verdict::Kind::unreachable, "no route");
     case EHOSTUNREACH: return verdict(Verdict::Kind::unreachable, "a route says unreachable");
@@ -72,7 +76,7 @@ bool isUsableSource(const Snapshot& snapshot, const Link& link, const IPAddress&
 
 Verdict judge(Kernel& kernel, const Snapshot& snapshot, const IPAddress& destination, LinkIndex outLink) {
     const auto answer = kernel.route(destination, outLink);
-    if (!answer) return ofError(answer.error());
+    if (!answer) return ofError(answer.error(), destination);
     const Route& route = *answer;
     if (route.type == RTN_LOCAL) return verdict(Verdict::Kind::local, "is this machine", route);
     if (!leavesTheMachine(route.type)) return verdict(Verdict::Kind::unreachable, "a route drops it", route);

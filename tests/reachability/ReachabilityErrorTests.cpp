@@ -112,6 +112,16 @@ TEST(ReachabilityError, StaysOnOneLineWhateverTheHostnameIs) {
     EXPECT_THAT(text, HasSubstr("1002")) << "not cut off at the NUL";
 }
 
+// Of these some begin a line where they are shown, and one steers terminals.
+TEST(ReachabilityError, ShowsControlCharactersBeyondASCIIAsQuestionMarksToo) {
+    for (const std::string character : {"\xc2\x80", "\xc2\x85", "\xc2\x9b", "\xe2\x80\xa8", "\xe2\x80\xa9"})
+        EXPECT_THAT(ReachabilityError::failedToCreateWithHostname("<" + character + ">", 1002).what(),
+                    HasSubstr("\"<?>\""));
+    for (const std::string other : {"\xc2\xa0", "\xc3\x85", "\xe2\x80\xa7", "\xc2"})
+        EXPECT_THAT(ReachabilityError::failedToCreateWithHostname("<" + other + ">", 1002).what(),
+                    HasSubstr("\"<" + describe(other) + ">\""));
+}
+
 TEST(ReachabilityError, CopiesShareThePayload) {
     auto original = std::make_unique<ReachabilityError>(
         ReachabilityError::failedToCreateWithHostname("example.org", 1002));

@@ -88,8 +88,8 @@ SCNetworkReachabilityCreateWithSource(std::shared_ptr<SCNetworkReachabilitySourc
 ///
 /// An address is answered at once. For a name that no dispatch queue is set for, the caller waits until it is looked
 /// up, for 5 seconds at most, and then gets kSCStatusReachabilityUnknown. With a dispatch queue the caller waits
-/// for a first answer for 300 ms at most; the flags are then empty, and a callout follows the answer. A name
-/// that does not exist has empty flags.
+/// for a first answer for 300 ms at most; the flags are then empty, and a callout follows the answer. When the queue is
+/// taken away meanwhile, that is kSCStatusReachabilityUnknown too. A name that does not exist has empty flags.
 ///
 /// `flags` is only set when the call succeeds. kSCStatusInvalidArgument when the target is null, kSCStatusFailed when
 /// the system could not be asked.

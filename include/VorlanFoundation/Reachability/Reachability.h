@@ -39,8 +39,8 @@ struct ReachabilityQueues {
 /// Watches the way to a host, or to the network in general, and tells when it changes.
 ///
 /// Stopped, then `startNotifier()`, then `stopNotifier()`, as often as wanted. A monitor that is stopped still answers
-/// `connection()`, `isReachable()` and `description()`: by the flags that were found last, or if there are none yet by
-/// finding them.
+/// `connection()`, `isReachable()` and `description()` by the flags that were found last. The first two find them if
+/// there are none yet, and that is delivered as a change, also before the first start.
 ///
 /// Whether a host can be reached is what this machine knows by itself: the host's name has an address, and there
 /// is a route to it over a link that works. No packet is sent to the host. Hosts should try all the same, and use this
@@ -53,10 +53,10 @@ struct ReachabilityQueues {
 /// Re-entrancy: callbacks may do anything with the monitor: replace callbacks, stop, start, drop it. A host
 ///              that gives the serial queue a target must not start the monitor in a block of it, nor ask there for the
 ///              connection before the flags are known: it would wait for its own turn.
-/// Time:        the first delivery after the first start is the state at that moment; then each change of the flags
-///              (gathered for 20 ms). Flags that are equal to the last ones are not delivered. What is delivered is the
-///              state when the notification queue gets to it, so that two quick changes may show the latter twice. For
-///              the blocking on the look-up of a name see SCNetworkReachabilityGetFlags.
+/// Time:        the first delivery after the first start is the state at that moment, unless it was found before; then
+///              each change of the flags (gathered for 20 ms). Flags that are equal to the last ones are not delivered.
+///              What is delivered is the state when the notification queue gets to it, so that two quick changes may
+///              show the latter twice. For the blocking on the look-up of a name see SCNetworkReachabilityGetFlags.
 /// Errors:      constructors and `startNotifier()` throw `ReachabilityError`; nothing stays registered then. A monitor
 ///              whose flags cannot be found is stopped.
 class VORLAN_EXPORT Reachability : public virtual Object, public ReachabilityStatusReporter {
@@ -79,6 +79,9 @@ public:
     explicit Reachability(std::string_view hostname, const ReachabilityQueues& queues = ReachabilityQueues());
 
     /// A monitor of a system object, which it keeps. Never fails.
+    ///
+    /// The object should be this monitor's alone: starting sets its callback and its queue, and a start that fails, a
+    /// stop and the end of the monitor clear them, whoever set them.
     explicit Reachability(SCNetworkReachabilityRef reachabilityRef,
                           const ReachabilityQueues& queues = ReachabilityQueues());
 

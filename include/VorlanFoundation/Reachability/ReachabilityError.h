@@ -53,7 +53,7 @@ public:
     const std::optional<std::string>& hostname() const noexcept;
 
     /// The case and its payload in one line, for logs; always well formed. A name is cut after 253 bytes, and control
-    /// characters of it are shown as question marks.
+    /// characters and line separators of it are shown as question marks.
     const char* what() const noexcept override;
 
     /// Equal when case and payload are.

@@ -35,6 +35,17 @@ TEST_F(FlagsEvaluator, KernelsVerdictsAreNoFlagsRatherThanFailures) {
     }
 }
 
+// As it does when the machine was started with ipv6.disable=1.
+TEST_F(FlagsEvaluator, KernelWithoutIPv6LeavesIPv4AsItIs) {
+    kernel.routes.push_back({.network = "::", .error = EOPNOTSUPP});
+    EXPECT_EQ(flagsTo("2001:db8::1"), "-");
+    EXPECT_EQ(flagsTo("8.8.8.8"), "R");
+    EXPECT_EQ(flagsTo("0.0.0.0"), "R");
+    EXPECT_EQ(flagsToAnyOf({"2001:db8::1", "10.0.0.77"}), "Rd");
+    kernel.routes = {{.network = "0.0.0.0", .error = EOPNOTSUPP}};
+    EXPECT_EQ(evaluate(to("8.8.8.8")).progress.error, EOPNOTSUPP) << "a sandbox that takes no questions";
+}
+
 TEST_F(FlagsEvaluator, VerdictOnOneDestinationLeavesTheOthersAlone) {
     kernel.routes.push_back({.network = "10.51.0.0", .prefixLength = 16, .error = EINVAL});
     EXPECT_EQ(flagsTo("10.51.0.1"), "-");

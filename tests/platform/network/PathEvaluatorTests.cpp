@@ -83,6 +83,13 @@ TEST_F(PathEvaluator, KernelsVerdictsAreUnsatisfiedAndNamed) {
     EXPECT_THAT(path().reason(), HasSubstr("prohibits"));
 }
 
+TEST_F(PathEvaluator, KernelWithoutIPv6IsAskedAboutIPv4AllTheSame) {
+    kernel.routes.push_back({.network = "::", .error = EOPNOTSUPP});
+    EXPECT_EQ(path().status(), satisfied);
+    EXPECT_FALSE(path().supportsIPv6());
+    EXPECT_THAT(path().reason(), HasSubstr("no IPv6"));
+}
+
 TEST_F(PathEvaluator, RouteThatDropsIsUnsatisfied) {
     kernel.routes = {{.network = "0.0.0.0", .link = 2, .type = RTN_BLACKHOLE}};
     EXPECT_EQ(path().status(), unsatisfied);

@@ -223,6 +223,19 @@ TEST_F(ResolverFileWatching, FolderOfTheTargetMayBeSwitched) {
     Watch watch(etc_);
     pointTo(etc_ / "current", run_ / "two");
     EXPECT_TRUE(watch.sees("two"));
+    replace(run_ / "two" / "stub.conf", "two, and changed");
+    EXPECT_TRUE(watch.sees("two, and changed"));
+}
+
+TEST_F(ResolverFileWatching, LinkMayLeadUpFromAFolderThatIsALinkItself) {
+    std::filesystem::create_directory(run_ / "one");
+    write(run_ / "real.conf", "before");
+    std::filesystem::create_symlink("../real.conf", run_ / "one" / "stub.conf");
+    std::filesystem::create_directory_symlink(run_ / "one", etc_ / "current");
+    std::filesystem::create_symlink("current/stub.conf", resolv_);
+    Watch watch(etc_);
+    replace(run_ / "real.conf", "after");
+    EXPECT_TRUE(watch.sees("after"));
 }
 
 TEST_F(ResolverFileWatching, OtherFilesAreNotTold) {
