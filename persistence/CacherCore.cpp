@@ -78,7 +78,7 @@ void CacherCore::setCache(std::shared_ptr<void> cache, const std::shared_ptr<Cac
         contents_.store(contents, std::memory_order_seq_cst);
     }
     // Readers do not hold the former one; from here on they find the new one.
-    ReaderSlot::awaitReadersOf(&contentsOf(former)->mutex());
+    ReaderSlot::awaitReadersOf(contentsOf(former));
 }
 
 const Queue& CacherCore::synchronizationQueue() {
@@ -161,6 +161,7 @@ void CacherCore::makePending() {
         make(change, *store);
     }
     changes.clear();
+    store.reset(); // who passes the queue from here on may let the cache go
     reasonsToQueue_.fetch_sub(1, std::memory_order_release);
     if (changes.capacity() > mostSpare) return;
     const std::lock_guard lock(mutex_);
@@ -190,11 +191,12 @@ CacherCore::Object CacherCore::object(std::string_view key) {
     return object;
 }
 
-// Without owning the store, as all readers would have to write to its count of owners. False when that cannot be now.
+// Without owning the store, as all readers would have to write to its count of owners. Until it is known to be there
+// still, nothing but its address may be used. False when that cannot be now.
 bool CacherCore::read(std::string_view key, Object& object, bool isOnQueue) const {
     for (;;) {
         CacheContents* const contents = contents_.load(std::memory_order_acquire);
-        const ReaderSlot slot(&contents->mutex());
+        const ReaderSlot slot(contents);
         if (!slot) return false;
         if (contents_.load(std::memory_order_seq_cst) != contents) continue; // replaced, and perhaps gone
         if (!isOnQueue && reasonsToQueue_.load(std::memory_order_seq_cst) != 0) return false;

@@ -44,11 +44,8 @@ public:
     /// Returns when nobody looks anything up who began before.
     void awaitReaders() const;
 
-    /// Looks a key up for a reader that has announced the address of `mutex()`; false when it may not read.
+    /// Looks a key up for a reader that has announced the address of this; false when it may not read.
     bool readAnnounced(std::string_view key, Object& object) const;
-
-    /// What readers announce.
-    const ReadMostlyMutex& mutex() const noexcept { return mutex_; }
 
     Object object(std::string_view key) const override;
     void setObject(std::string_view key, Object object, std::size_t cost) override;
@@ -113,8 +110,8 @@ private:
     void comeUnderWatch();
     void tell(const Evicted& evicted) const;
 
-    MemoryPressure* const pressure_; // null for the process's
-    mutable ReadMostlyMutex mutex_;  // guards what follows
+    MemoryPressure* const pressure_;      // null for the process's
+    mutable ReadMostlyMutex mutex_{this}; // guards what follows
     Entries entries_;
     Order order_;
     mutable std::atomic<std::uint64_t> moment_ = 0;

@@ -80,11 +80,14 @@ private:
 /// Re-entrancy: none, neither for readers nor for writers.
 class ReadMostlyMutex {
 public:
-    ReadMostlyMutex() = default;
+    /// Readers announce the lock's own address.
+    ReadMostlyMutex() noexcept : ReadMostlyMutex(this) {}
+    /// Readers announce this address, for example that of what is guarded.
+    explicit ReadMostlyMutex(const void* announced) noexcept : announced_(announced) {}
     ReadMostlyMutex(const ReadMostlyMutex&) = delete;
     ReadMostlyMutex& operator=(const ReadMostlyMutex&) = delete;
 
-    /// Whether a reader that has announced this lock's address in a slot may go on; else it must take `Reader`.
+    /// Whether a reader that has announced the address in a slot may go on; else it must take `Reader`.
     bool mayRead() const noexcept { return !isWriting_.load(std::memory_order_seq_cst); }
 
     /// Holds the lock for reading.
@@ -93,7 +96,7 @@ public:
     class Reader {
     public:
         explicit Reader(ReadMostlyMutex& mutex)
-            : mutex_(mutex), slot_(&mutex), isFast_(slot_ && mutex.mayRead()) {
+            : mutex_(mutex), slot_(mutex.announced_), isFast_(slot_ && mutex.mayRead()) {
             if (isFast_) return;
             slot_.leave(); // who waits in here must not be waited for
             mutex_.slow_.lock_shared();
@@ -114,7 +117,7 @@ public:
     void lock() {
         slow_.lock();
         isWriting_.store(true, std::memory_order_seq_cst);
-        ReaderSlot::awaitReadersOf(this);
+        ReaderSlot::awaitReadersOf(announced_);
     }
 
     /// Lets it go.
@@ -124,6 +127,7 @@ public:
     }
 
 private:
+    const void* const announced_;
     std::shared_mutex slow_;
     std::atomic<bool> isWriting_ = false;
 };

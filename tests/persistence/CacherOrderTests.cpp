@@ -109,6 +109,39 @@ TEST(CacherOrder, ChangesAfterAHostsBlockAreNotMadeBeforeIt) {
     EXPECT_EQ(*found, 1);
 }
 
+TEST(CacherOrder, ReadMayOverlapWithWhatElseReads) {
+    Cacher<int> cacher;
+    cacher.insert(number(1), "a");
+    std::latch hasBegun(1);
+    std::latch mayEnd(1);
+    const Queue queue = cacher.synchronizationQueue();
+    queue.async([&] {
+        hasBegun.count_down();
+        mayEnd.wait();
+    });
+    hasBegun.wait();
+    EXPECT_NE(cacher.object("a"), nullptr);
+    mayEnd.count_down();
+    queue.barrierSync([] {});
+}
+
+TEST(CacherOrder, DestructorOfAnObjectMayChangeTheCacheAndReadWhatIsBehindIt) {
+    Cacher<int> cacher;
+    const auto cache = cacher.cache();
+    Number seen;
+    const auto farewell = [&](int* object) {
+        seen = cache->object("other");
+        cacher.insert(number(1), "second life");
+        delete object;
+    };
+    cacher.insert(number(2), "other");
+    cacher.insert(Number(new int(1), farewell), "a");
+    cacher.remove("a");
+    EXPECT_NE(cacher.object("other"), nullptr);       // the changes so far are made,
+    EXPECT_NE(cacher.object("second life"), nullptr); // and with them this was asked for
+    EXPECT_NE(seen, nullptr);
+}
+
 TEST(CacherOrder, HandlerMayChangeTheCache) {
     Cacher<int> cacher;
     cacher.cache()->setCountLimit(2);

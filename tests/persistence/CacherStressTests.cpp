@@ -18,12 +18,9 @@ namespace {
 
 using Text = std::shared_ptr<const std::string>;
 
-} // namespace
-
-TEST(CacherStress, EightThreadsReadWriteClearAndReplaceCacheAndQueue) {
-    Cacher<const std::string> cacher;
-    const std::vector<Queue> queues{Queue("first", Queue::concurrent), Queue("second", Queue::concurrent),
-                                    Queue("third"), Queue::global()};
+/// Has eight threads do everything at once; now and then also `replaceQueue`, with a random number.
+template <class ReplaceQueue>
+void expectWholeObjects(Cacher<const std::string>& cacher, ReplaceQueue replaceQueue) {
     std::atomic<int> broken = 0;
     std::latch together(8);
     std::vector<std::jthread> threads;
@@ -46,13 +43,30 @@ TEST(CacherStress, EightThreadsReadWriteClearAndReplaceCacheAndQueue) {
                 } else if (what < 98) {
                     cacher.setCache(std::make_shared<NSCache<const std::string>>());
                 } else {
-                    cacher.setSynchronizationQueue(queues[random() % queues.size()]);
+                    replaceQueue(static_cast<unsigned>(random()));
                 }
             }
         });
     threads.clear();
-    for (const Queue& queue : queues) queue.barrierSync([] {});
     EXPECT_EQ(broken, 0);
+}
+
+} // namespace
+
+TEST(CacherStress, EightThreadsReadWriteClearAndReplaceCacheAndQueue) {
+    Cacher<const std::string> cacher;
+    const std::vector<Queue> queues{Queue("first", Queue::concurrent), Queue("second", Queue::concurrent),
+                                    Queue("third"), Queue::global()};
+    expectWholeObjects(
+        cacher, [&](unsigned random) { cacher.setSynchronizationQueue(queues[random % queues.size()]); });
+    for (const Queue& queue : queues) queue.barrierSync([] {});
+}
+
+// Here reads go without the queue when they can.
+TEST(CacherStress, EightThreadsReadWriteClearAndReplaceTheCache) {
+    Cacher<const std::string> cacher;
+    expectWholeObjects(cacher, [](unsigned) {});
+    cacher.synchronizationQueue().barrierSync([] {});
 }
 
 TEST(CacherStress, QueueIsMadeOnceHoweverManyAskForItFirst) {

@@ -15,6 +15,8 @@
 #include <vector>
 
 using namespace vorlan;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 namespace {
@@ -156,27 +158,41 @@ TEST(Cacher, MovedCacherIsTheSameCache) {
     EXPECT_EQ(moved.synchronizationQueue().label(), label);
 }
 
-TEST(Cacher, SubclassMaySeeEveryAccess) {
-    class Counting : public Cacher<int> {
+TEST(Cacher, SubclassMayReplaceEveryOperation) {
+    class Listing : public Cacher<int> {
     public:
         void insert(const Number& object, std::string_view key) override {
-            ++inserts;
+            operations.emplace_back("insert");
             Cacher::insert(object, key);
         }
+        void remove(std::string_view key) override {
+            operations.emplace_back("remove");
+            Cacher::remove(key);
+        }
+        void clear() override {
+            operations.emplace_back("clear");
+            Cacher::clear();
+        }
         Number object(std::string_view key) const override {
-            ++reads;
+            operations.emplace_back("object");
             return Cacher::object(key);
         }
-        int inserts = 0;
-        mutable int reads = 0;
+        mutable std::vector<std::string> operations;
     };
-    Counting counting;
-    Cacher<int>& cacher = counting;
+    Listing listing;
+    Cacher<int>& cacher = listing;
     cacher["a"] = number(1);
     const Number read = cacher["a"];
     EXPECT_EQ(*read, 1);
-    EXPECT_EQ(counting.inserts, 1);
-    EXPECT_EQ(counting.reads, 1);
+    cacher["a"] = nullptr;
+    cacher.clear();
+    EXPECT_THAT(listing.operations, ElementsAre("insert", "object", "remove", "clear"));
+    listing.operations.clear();
+    cacher.insert(nullptr, "a"); // is to do what `remove` does
+    EXPECT_THAT(listing.operations, ElementsAre("insert", "remove"));
+    listing.operations.clear();
+    EXPECT_EQ(*cacher.object("b", [] { return number(2); }), 2); // looks up and inserts by itself
+    EXPECT_THAT(listing.operations, IsEmpty());
 }
 
 TEST(CacherProduction, MissingObjectIsMadeAndInserted) {

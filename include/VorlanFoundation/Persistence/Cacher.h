@@ -95,7 +95,9 @@ private:
 ///
 /// Threads:     safe from any thread, but for moving and dropping the handle.
 /// Owns:        the cache, its queue, and with them the objects. What is submitted to the queue keeps both until it ran.
-/// Re-entrancy: reading from within a block of the queue stops the process: it would wait for itself.
+/// Re-entrancy: reading from within a block of the queue stops the process: it would wait for itself. Changes are made
+///              there, so that destructors of the objects that go and the cache's eviction handler run there, too:
+///              these may ask for changes, and may read `cache()`.
 /// Time:        a read waits for the changes before it. Where nobody can tell the difference, as no host has asked for the
 ///              queue, reads with no change before them go without it, and changes that wait in a row share a block of it.
 /// Errors:      none. An entry may vanish at any time, by the limits of the cache or for want of memory.
@@ -125,8 +127,9 @@ public:
     /// Puts another one in its place, for what is asked from now on. The former ones are kept as long as this.
     void setSynchronizationQueue(const Queue& queue) { core_->setSynchronizationQueue(queue); }
 
-    /// Sets the object of a key; removes it when `object` is null. Returns at once.
+    /// Sets the object of a key; when `object` is null, does what `remove` does. Returns at once.
     virtual void insert(const std::shared_ptr<T>& object, std::string_view key) {
+        if (!object) return remove(key);
         core_->insert(detail::erased(object), key);
     }
 
@@ -142,7 +145,9 @@ public:
     ///
     /// However many ask for a key at the same time, one producer runs, on its asker's thread, and the others wait for its
     /// result, or get its exception. A null result is theirs as well, and is not inserted. A producer that asks for its
-    /// own key stops the process.
+    /// own key stops the process; two on different threads that ask for each other's wait for ever.
+    ///
+    /// It looks up and inserts by itself, and asks nothing that a subclass has overridden.
     template <class Producer>
         requires std::is_invocable_r_v<std::shared_ptr<T>, Producer&>
     std::shared_ptr<T> object(std::string_view key, Producer&& producer) {

@@ -27,7 +27,8 @@
 ///
 /// In JSON it is an object. Members that are optionals or smart pointers and absent are left out; those that are missing
 /// or null are read as absent. All others must be there. So what is read is what was written, whatever the default
-/// constructor gives to the members.
+/// constructor gives to the members. A type that derives from a described one is to be described itself, with the members
+/// of its base that count.
 ///
 /// A type that this does not fit is coded by hand, with two members,
 ///
@@ -35,10 +36,11 @@
 ///     static Shape decode(JSONReader& reader);
 ///
 /// or, when the type cannot be changed, with the same two in a specialisation of `vorlan::JSONCoding`.
-#define VORLAN_CODABLE(Type, ...)                                                           \
-    constexpr auto vorlanCodableFields(const Type*) noexcept {                              \
-        [[maybe_unused]] typedef Type VorlanDescribed;                                      \
-        return ::vorlan::detail::jsonFields(__VA_OPT__(VORLAN_DETAIL_FIELDS(__VA_ARGS__))); \
+#define VORLAN_CODABLE(Type, ...)                                                             \
+    template <::std::same_as<Type> VorlanExactly> /* Nothing that is only derived from it. */ \
+    constexpr auto vorlanCodableFields(const VorlanExactly*) noexcept {                       \
+        [[maybe_unused]] typedef Type VorlanDescribed;                                        \
+        return ::vorlan::detail::jsonFields(__VA_OPT__(VORLAN_DETAIL_FIELDS(__VA_ARGS__)));   \
     }
 
 // Goes through the members by having the preprocessor look 4 x 4 x 4 x 4 times at a macro that names itself by a detour.

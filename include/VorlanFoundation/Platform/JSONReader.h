@@ -93,12 +93,12 @@ public:
     void enterObject();
     /// The name of the object's next member, valid until the next operation; its value is the next value. Absent at the
     /// end of the object, which was left then.
-    std::optional<std::string_view> nextKey();
+    [[nodiscard]] std::optional<std::string_view> nextKey();
     /// Goes into the array that is next. Each element is then announced by `nextElement`.
     void enterArray();
     /// Whether there is another element, which is then the next value. False at the end of the array, which was left
     /// then.
-    bool nextElement();
+    [[nodiscard]] bool nextElement();
 
     /// Skips the next value.
     void skip();

@@ -76,9 +76,10 @@ CacheStore::Object erased(const std::shared_ptr<Object>& object) {
 ///              lock, by the thread that made them leave. The first entry of the process's first cache has the kernel
 ///              watched for the rest of the process: two descriptors, or a timer while there are entries; no thread.
 /// Re-entrancy: the eviction handler, and destructors of objects, may use the cache.
-/// Time:        looking up takes the same time however many there are; setting grows with their logarithm. For want of
-///              memory entries go at most once a second. The kernel tells at most every two seconds, after tasks of the
-///              process's control group (of the machine, where groups are not measured) waited 150 ms for memory;
+/// Time:        looking up takes the same time however many there are; setting grows with their logarithm on average. What
+///              evicts first puts in order what was looked up since the last time: once, that may be all there is. For
+///              want of memory entries go at most once a second. The kernel tells at most every two seconds, after tasks
+///              of the process's control group (of the machine, where groups are not measured) waited 150 ms for memory;
 ///              where it tells ordinary users nothing it is asked every five seconds.
 /// Errors:      none. On a machine whose kernel does not measure memory pressure, and in a forked child, none is noticed.
 template <class Object>

@@ -47,6 +47,23 @@ TEST(ReaderSlot, ThreadMayReadSeveralThingsAtOnceAndThenHasNoSlotLeft) {
     EXPECT_TRUE(ReaderSlot(&object));
 }
 
+TEST(ReadMostlyMutex, WriterWaitsForWhoAnnouncedWhatIsGuarded) {
+    const int guarded = 0;
+    ReadMostlyMutex mutex(&guarded);
+    std::optional<ReaderSlot> slot(std::in_place, &guarded);
+    ASSERT_TRUE(*slot);
+    ASSERT_TRUE(mutex.mayRead());
+    std::atomic<bool> hasLeft = false;
+    std::thread writer([&] {
+        const std::lock_guard lock(mutex);
+        EXPECT_TRUE(hasLeft);
+    });
+    while (mutex.mayRead()) std::this_thread::yield();
+    hasLeft = true;
+    slot.reset();
+    writer.join();
+}
+
 TEST(ReadMostlyMutex, ReadersOverlapAlsoWithoutASlot) {
     ReadMostlyMutex mutex;
     std::vector<std::unique_ptr<ReadMostlyMutex::Reader>> readers;

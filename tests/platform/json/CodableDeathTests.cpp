@@ -49,7 +49,7 @@ struct Keyless {
 struct Lost {
     static Lost decode(JSONReader& reader) {
         reader.enterArray();
-        reader.nextKey();
+        static_cast<void>(reader.nextKey());
         return {};
     }
 };

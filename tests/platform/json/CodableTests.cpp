@@ -82,6 +82,13 @@ struct Derived : Base {
 };
 VORLAN_CODABLE(Derived, inherited, own)
 
+// Not described, though what it derives from is: its own member would be lost.
+struct Undescribed : Single {
+    int own = 0;
+};
+struct Redescribed : Undescribed {};
+VORLAN_CODABLE(Redescribed, only, own)
+
 class Outer {
 public:
     struct Inner {
@@ -132,6 +139,8 @@ static_assert(!Encodable<Opaque>);
 static_assert(!Decodable<Opaque>);
 static_assert(!Codable<const char*>);
 static_assert(!Codable<Opaque*>);
+static_assert(!Encodable<Undescribed>);
+static_assert(!Decodable<Undescribed>);
 
 TEST(Codable, DescribedTypeIsAnObjectOfItsMembersAsDeclared) {
     EXPECT_EQ(encoded(Address{"High Street", 7}), R"({"street":"High Street","number":7})");
@@ -279,6 +288,14 @@ TEST(Codable, MembersOfABaseAreMembers) {
     value.own = 2;
     EXPECT_EQ(encoded(value), R"({"inherited":1,"own":2})");
     EXPECT_EQ(decoded<Derived>(R"({"own":4,"inherited":3})").inherited, 3);
+}
+
+TEST(Codable, TypeThatDerivesFromADescribedOneIsAsItIsDescribedItself) {
+    Redescribed value;
+    value.only = 1;
+    value.own = 2;
+    EXPECT_EQ(encoded(value), R"({"only":1,"own":2})");
+    EXPECT_EQ(decoded<Redescribed>(R"({"only":3,"own":4})").own, 4);
 }
 
 TEST(Codable, TypesWithinClassesAreDescribedBesideThese) {

@@ -35,7 +35,7 @@ public:
     }
     static Temperature decode(JSONReader& reader) {
         reader.enterArray();
-        reader.nextElement();
+        if (!reader.nextElement()) reader.fail("expected a number", Kind::invalidValue);
         const double degrees = reader.readNumber();
         if (!reader.nextElement() || reader.readText() != "°C")
             reader.fail("expected degrees", Kind::invalidValue);
