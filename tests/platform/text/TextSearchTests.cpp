@@ -322,10 +322,10 @@ TEST(TextSearchTest, PatternsThatTakeTooLongAreNotFound) {
     EXPECT_EQ(rangeOfText(text, "a!", regularExpression), at(59, 2)) << "others are, before and after";
 }
 
-// With more than a million steps, which are quick.
+// With a little more than a million steps, which are quick.
 TEST(TextSearchTest, PatternsAreFoundFarIntoLongTexts) {
-    const auto text = repeated("abcdefghi ", 16'000) + "az";
-    EXPECT_EQ(rangeOfText(text, "[a-z]+z", regularExpression), at(160'000, 2));
+    const auto text = repeated("abcdefghi ", 11'000) + "az";
+    EXPECT_EQ(rangeOfText(text, "[a-z]+z", regularExpression), at(110'000, 2));
 }
 
 // Of many threads on few processors each waits longer than a search may take.
