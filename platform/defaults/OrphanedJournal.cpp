@@ -5,14 +5,21 @@
 #include "platform/files/FileBytes.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstddef>
 #include <cstring>
+#include <mutex>
 #include <optional>
+#include <set>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -42,6 +49,49 @@ std::vector<std::filesystem::path> journalsIn(const std::filesystem::path& folde
     return paths;
 }
 
+// Whether the process that made a journal is there. One of another namespace looks as if it were not.
+bool isMakerThere(const std::filesystem::path& path) {
+    const auto name = path.filename().native();
+    const auto number = std::string_view(name).substr(std::string_view("defaults.").size());
+    pid_t process = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), process);
+    if (error != std::errc() || process <= 0) return true;
+    return kill(process, 0) == 0 || errno != ESRCH;
+}
+
+// Journals that stay locked though their makers are not there: by a child that was forked, or in another namespace.
+class KeptJournals {
+public:
+    bool contains(const std::filesystem::path& path) {
+        const std::lock_guard lock(mutex_);
+        return paths_.contains(path);
+    }
+
+    void insert(const std::filesystem::path& path) {
+        const std::lock_guard lock(mutex_);
+        paths_.insert(path);
+    }
+
+private:
+    std::mutex mutex_;
+    std::set<std::filesystem::path> paths_;
+};
+
+// The kernel lets go of a lock some time after others see that its process has ended: a few milliseconds where much
+// memory goes with it. Who looks in between waits; in vain but once for each journal.
+bool lockOrphan(const Descriptor& file, const std::filesystem::path& path) {
+    static auto* const kept = new KeptJournals; // never destroyed: stores are used until the very end
+    constexpr int mostMilliseconds = 200;
+    for (int waited = 0;; ++waited) {
+        if (flock(file.number(), LOCK_EX | LOCK_NB) == 0) return true;
+        if (errno != EWOULDBLOCK || isMakerThere(path) || kept->contains(path)) return false;
+        if (waited == mostMilliseconds) break;
+        poll(nullptr, 0, 1);
+    }
+    kept->insert(path);
+    return false;
+}
+
 } // namespace
 
 OrphanedJournal::OrphanedJournal(Descriptor file, std::filesystem::path path, std::int64_t modified)
@@ -57,8 +107,7 @@ std::vector<OrphanedJournal> OrphanedJournal::allIn(const std::filesystem::path&
     for (const auto& path : journalsIn(folder, ownName)) {
         Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
         struct stat status{};
-        if (!file || flock(file.number(), LOCK_EX | LOCK_NB) != 0 || fstat(file.number(), &status) != 0 ||
-            status.st_nlink == 0)
+        if (!file || !lockOrphan(file, path) || fstat(file.number(), &status) != 0 || status.st_nlink == 0)
             continue;
         orphans.push_back(OrphanedJournal(std::move(file), path,
                                           status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec));

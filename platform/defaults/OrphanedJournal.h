@@ -25,7 +25,7 @@ public:
     static bool mayBeIn(const std::filesystem::path& folder, std::string_view ownName);
 
     /// Those of a folder, the oldest first. Only to be called while the store's lock is held: a journal that two
-    /// look at would be nobody's orphan.
+    /// look at would be nobody's orphan. One whose process has just ended, and whose lock not quite yet, is waited for.
     static std::vector<OrphanedJournal> allIn(const std::filesystem::path& folder, std::string_view ownName);
 
     /// What was not saved, in the order in which it was set. What is damaged is left out.

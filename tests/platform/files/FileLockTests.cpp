@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/files/FileLock.h"
 
+#include "tests/support/DescriptorCount.h"
+
 #include <VorlanFoundation/Testing/TemporaryHome.h>
 
 #include <gtest/gtest.h>
@@ -10,10 +12,8 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstddef>
 #include <filesystem>
 #include <optional>
-#include <system_error>
 #include <thread>
 
 using namespace vorlan;
@@ -27,15 +27,6 @@ protected:
     // Whether the lock can be had at once.
     bool isFree(FileLock::Mode mode = FileLock::Mode::alone) const {
         return static_cast<bool>(FileLock(path_, mode, 0ms));
-    }
-
-    // How many descriptors of this process are of the file.
-    std::size_t openCount() const {
-        std::size_t count = 0;
-        std::error_code closed;
-        for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
-            count += fs::read_symlink(entry, closed) == path_ ? 1 : 0;
-        return count;
     }
 
     const vorlan::testing::TemporaryHome home_;
@@ -77,7 +68,7 @@ TEST_F(FileLocking, FileThatIsRemovedWhileOneWaitsIsNotTheOneThatIsLocked) {
     std::optional<FileLock> former(std::in_place, path_);
     std::optional<FileLock> waiting;
     std::thread waiter([&] { waiting.emplace(path_); });
-    while (openCount() < 2) std::this_thread::yield();
+    while (support::openCount(path_) < 2) std::this_thread::yield();
     fs::remove(path_);
     former.reset();
     waiter.join();

@@ -3,12 +3,18 @@
 
 #include "platform/defaults/Change.h"
 #include "platform/defaults/DefaultsJournal.h"
+#include "tests/support/DescriptorCount.h"
 
 #include <VorlanFoundation/Testing/TemporaryHome.h>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -19,6 +25,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -105,6 +112,20 @@ protected:
     // The outcome where damage was found: the file is kept aside.
     static Outcome aside(std::vector<std::string> changes) {
         return {std::move(changes), 1, {"defaults.1-a.journal.damaged-1"}};
+    }
+
+    // A journal's name by a process that has ended.
+    static std::string nameOfADeadMaker(int number) {
+        const auto maker = fork();
+        if (maker == 0) _exit(0);
+        EXPECT_EQ(waitpid(maker, nullptr, 0), maker);
+        return "defaults." + std::to_string(maker) + "-" + std::to_string(number) + ".journal";
+    }
+
+    static Descriptor locked(const std::filesystem::path& path) {
+        Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
+        EXPECT_EQ(flock(file.number(), LOCK_EX | LOCK_NB), 0);
+        return file;
     }
 
     const vorlan::testing::TemporaryHome home_;
@@ -286,6 +307,34 @@ TEST_F(OrphanedJournals, OldestComesFirst) {
         std::filesystem::last_write_time(write(journal.bytes, names[i]), now + std::chrono::seconds(i));
     }
     EXPECT_EQ(takeOver(), (Outcome{{"key = 0", "key = 1", "key = 2"}}));
+}
+
+// The other thread stands for the kernel, and may be late on a busy machine.
+TEST_F(OrphanedJournals, LockThatOutlivesItsProcessForAMomentIsWaitedFor) {
+    std::vector<std::string> changes;
+    for (int round = 0; round < 10 && changes.empty(); ++round) {
+        const auto path = write(journalOfThree().bytes, nameOfADeadMaker(round));
+        Descriptor holder = locked(path);
+        std::atomic<bool> isOver = false;
+        std::thread kernel([&] {
+            while (support::openCount(path) < 2 && !isOver) std::this_thread::yield();
+            holder = Descriptor();
+        });
+        changes = takeOver().changes;
+        isOver = true;
+        kernel.join();
+    }
+    EXPECT_EQ(changes, allThree);
+}
+
+TEST_F(OrphanedJournals, JournalThatStaysLockedIsLeftAlone) {
+    const auto path = write(journalOfThree().bytes, nameOfADeadMaker(0));
+    const auto holder = locked(path);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const auto outcome = takeOver();
+        EXPECT_TRUE(outcome.changes.empty());
+        EXPECT_EQ(outcome.files, std::vector<std::string>{path.filename()});
+    }
 }
 
 TEST_F(OrphanedJournals, MayBeInAFolderOnlyWhenAnotherJournalIs) {
