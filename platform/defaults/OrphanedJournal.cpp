@@ -77,8 +77,8 @@ private:
     std::set<std::filesystem::path> paths_;
 };
 
-// The kernel lets go of a lock some time after others see that its process has ended: a few milliseconds where much
-// memory goes with it. Who looks in between waits; in vain but once for each journal.
+// The kernel may let go of a lock some milliseconds after others see that its process has ended. Who looks in between
+// waits; in vain but once for each journal.
 bool lockOrphan(const Descriptor& file, const std::filesystem::path& path) {
     static auto* const kept = new KeptJournals; // never destroyed: stores are used until the very end
     constexpr int mostMilliseconds = 200;
