@@ -2,6 +2,7 @@
 #include <VorlanFoundation/Platform/FileHandle.h>
 
 #include "tests/logging/LogCase.h"
+#include "tests/support/DescriptorCount.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -93,13 +94,7 @@ TEST_F(FileHandleTest, PathWithANulIsNone) {
 }
 
 TEST_F(FileHandleTest, FileIsClosedWithTheHandle) {
-    const auto isOpen = [&] {
-        std::error_code none;
-        bool found = false;
-        for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
-            found = found || fs::read_symlink(entry, none) == fs::canonical(file());
-        return found;
-    };
+    const auto isOpen = [&] { return support::openCount(file()) > 0; };
     auto handle = FileHandle::forAppendingOrCreating(file());
     EXPECT_TRUE(isOpen());
     auto moved = std::move(*handle);
